@@ -1,0 +1,5 @@
+#include "util.h"
+
+int twice(int number) {
+    return 2 * number;
+}
