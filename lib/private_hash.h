@@ -61,6 +61,6 @@ inline uint32_t text_tag(const char *bytes, size_t n) {
     return static_cast<uint32_t>((sum * hashing::mix_odd) >> 32);
 }
 
-}  // namespace gnu::visibility("hidden")]]tovan
+}  // namespace tovan
 
 #endif

@@ -33,6 +33,6 @@ constexpr int class_word_end = class_line_space | class_nul;
     return (_istype[static_cast<unsigned char>(character)] & classes) != 0;
 }
 
-}  // namespace gnu::visibility("hidden")]]tovan
+}  // namespace tovan
 
 #endif

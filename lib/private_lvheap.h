@@ -123,6 +123,6 @@ void for_each_entry(const variable_heap *heap, Visit visit) {
     }
 }
 
-}  // namespace gnu::visibility("hidden")]]tovan
+}  // namespace tovan
 
 #endif

@@ -21,6 +21,6 @@ void index_names(variable_heap *heap, const found_name *names, size_t count);
 void index_subscripts(variable_heap *heap, const uint32_t *positions,
                       size_t count);
 
-}  // namespace gnu::visibility("hidden")]]tovan
+}  // namespace tovan
 
 #endif

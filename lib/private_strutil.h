@@ -11,6 +11,6 @@ namespace [[gnu::visibility("hidden")]] tovan {
 // As trim() of strutil.h.
 char *trim(char *text);
 
-}  // namespace gnu::visibility("hidden")]]tovan
+}  // namespace tovan
 
 #endif
