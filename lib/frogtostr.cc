@@ -11,13 +11,13 @@
 
 namespace {
 
-struct mnemonic {
+struct named_code {
     unsigned char code;
     char text[3];
 };
 
 // clang-format off
-constexpr mnemonic mnemonics[] = {
+constexpr named_code mnemonics[] = {
     { 16, "^>"}, { 17, "^<"}, { 24, "^^"}, { 25, "^v"},
     {128, "C,"}, {129, "u:"}, {130, "e'"}, {131, "a^"},
     {132, "a:"}, {133, "a`"}, {134, "a."}, {135, "c,"},
@@ -82,7 +82,7 @@ consteval unsigned char permuted(int value) {
 constexpr unsigned char hash_table[256] = {TOVAN_TABLE_256(permuted)};
 
 struct chain_link {
-    const mnemonic *row;
+    const named_code *row;
     chain_link *next;
 };
 
@@ -97,7 +97,7 @@ constinit reverse_map reverse{};
 void build_reverse_map() {
     void *block = chkalloc(mnemonic_count * sizeof(chain_link));
     chain_link *free_link = static_cast<chain_link *>(block);
-    for (const mnemonic &row : mnemonics) {
+    for (const named_code &row : mnemonics) {
         chain_link **bucket =
             &reverse.buckets[strhash(row.text, nullptr, hash_table)];
         *free_link = {&row, *bucket};
