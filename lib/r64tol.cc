@@ -8,7 +8,8 @@ namespace {
 constexpr int digit_bits = 6;
 constexpr uint32_t digit_mask = (1 << digit_bits) - 1;
 
-// Not the alphabet of identifiers, which has capitals first.
+// Deliberate: not the alphabet of identifiers, which has capitals first (test
+// every_digit_of_the_alphabet_in_order).
 constexpr char alphabet[] =
     "0123456789abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ@/";
 static_assert(sizeof alphabet == digit_mask + 2);

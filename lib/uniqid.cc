@@ -16,7 +16,8 @@ namespace {
 
 constexpr int digit_bits = 6;
 
-// Not the alphabet of base-64 numbers, which has small letters first.
+// Deliberate: not the alphabet of base-64 numbers, which has small letters
+// first (test sequence_counts_within_a_second_and_wraps_after_64).
 constexpr char alphabet[] =
     "0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz@%";
 static_assert(sizeof alphabet == (1 << digit_bits) + 1);
