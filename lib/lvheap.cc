@@ -7,12 +7,12 @@
 #include "private_hash.h"
 #include "private_io.h"
 #include "private_lvindex.h"
-#include "strutil.h"
 
 #include <stdlib.h>
 #include <string.h>
 
 using tovan::found_name;
+using tovan::found_subscript;
 using tovan::heap_entry;
 using tovan::variable_heap;
 
@@ -33,6 +33,10 @@ static_assert(sizeof magic == 10 && heads_at == 28 && header_size == 1052);
 // What is asked for on the word of a header alone; from there on the memory
 // doubles with what has really arrived.
 constexpr size_t first_piece = size_t{1} << 20;
+
+// Chains that are walked side by side.
+constexpr int chains_at_once = 16;
+static_assert(tovan::heap_buckets % chains_at_once == 0);
 
 uint32_t number_at(const unsigned char *bytes) {
     return tovan::next_position(bytes);  // big-endian as all of the format
@@ -64,10 +68,10 @@ struct check {
     size_t text_end;     // a text that starts before it ends inside
     size_t names_left;   // bytes that further names may have
     unsigned char *met;  // one bit for each position
-    found_name *names;   // in their own chains, in order
+    found_name *names;   // in their own chains
     size_t name_count;
-    uint32_t *subscripted;  // positions of the names with a "["
-    size_t subscripted_count;
+    found_subscript *subscripts;  // the names with a "["
+    size_t subscript_count;
 };
 
 bool meets_again(check *state, uint32_t position) {
@@ -78,51 +82,84 @@ bool meets_again(check *state, uint32_t position) {
     return again;
 }
 
-// The length of an entry's name, or -1 when the entry is not sound.
-int sound_name(check *state, uint32_t position) {
+struct scanned_name {
+    const char *start;
+    size_t length;
+    int bucket;
+    bool has_subscript;
+};
+
+// All that is asked of a name in one pass: strhash() and two searches would
+// be three.
+scanned_name scan_name(const char *name) {
+    unsigned hash = 0;
+    bool has_subscript = false;
+    const char *next = name;
+    for (; *next != '\0'; ++next) {
+        has_subscript |= *next == '[';
+        hash = lvhshtab[hash ^ static_cast<unsigned char>(*next)];
+    }
+    return {name, static_cast<size_t>(next - name), static_cast<int>(hash),
+            has_subscript};
+}
+
+// Whether an entry, its name and its value lie inside.
+bool is_sound(check *state, uint32_t position, scanned_name *name) {
     size_t name_at = size_t{position} * 8 + 7;
-    if (name_at >= state->text_end) return -1;
-    if (meets_again(state, position)) return -1;
+    if (name_at >= state->text_end) return false;
+    if (meets_again(state, position)) return false;
     const heap_entry *entry = tovan::entry_at(state->heap, position);
-    const char *name = tovan::entry_name(entry);
-    size_t distance = static_cast<size_t>(tovan::entry_value(entry) - name);
-    if (name_at + distance >= state->text_end) return -1;
-    auto *end = static_cast<const char *>(memchr(name, 0, distance));
-    if (end == nullptr) return -1;
-    size_t length = static_cast<size_t>(end - name);
+    *name = scan_name(tovan::entry_name(entry));
+    auto distance =
+        static_cast<size_t>(tovan::entry_value(entry) - name->start);
+    if (name->length >= distance) return false;
+    if (name_at + distance >= state->text_end) return false;
     // Names that lie over each other would make this check quadratic.
-    if (length > state->names_left) return -1;
-    state->names_left -= length;
-    return static_cast<int>(length);
+    if (name->length > state->names_left) return false;
+    state->names_left -= name->length;
+    return true;
 }
 
 // Takes an entry up for the indexes; one that hangs in a foreign chain is not
 // found by its name.
 bool accept_entry(check *state, int bucket, uint32_t position) {
-    int length = sound_name(state, position);
-    if (length < 0) return false;
-    const char *name =
-        tovan::entry_name(tovan::entry_at(state->heap, position));
-    if (strnhash(name, length, lvhshtab) != bucket) {
+    scanned_name name;
+    if (!is_sound(state, position, &name)) return false;
+    if (name.bucket != bucket) {
         state->heap->misplaced = true;
         return true;
     }
-    size_t n = static_cast<size_t>(length);
-    state->names[state->name_count++] = {tovan::text_tag(name, n), position};
-    if (memchr(name, '[', n) != nullptr) {
-        state->subscripted[state->subscripted_count++] = position;
+    uint32_t tag = tovan::text_tag(name.start, name.length);
+    state->names[state->name_count++] = {tag, position};
+    if (name.has_subscript) {
+        state->subscripts[state->subscript_count++] = {position, bucket};
+    }
+    return true;
+}
+
+// Walks a group of chains, an entry of each in turn: the next entries are on
+// their way from memory while the others are looked at.
+bool accept_group(check *state, int first_bucket) {
+    uint32_t at[chains_at_once];
+    memcpy(at, state->heap->heads + first_bucket, sizeof at);
+    bool goes_on = true;
+    while (goes_on) {
+        goes_on = false;
+        for (int i = 0; i < chains_at_once; ++i) {
+            if (at[i] == 0) continue;
+            if (!accept_entry(state, first_bucket + i, at[i])) return false;
+            at[i] = tovan::next_position(tovan::entry_at(state->heap, at[i]));
+            __builtin_prefetch(state->heap->bytes + size_t{at[i]} * 8);
+            goes_on = true;
+        }
     }
     return true;
 }
 
 bool accept_chains(check *state) {
-    for (int bucket = 0; bucket < tovan::heap_buckets; ++bucket) {
-        uint32_t position = state->heap->heads[bucket];
-        while (position != 0) {
-            if (!accept_entry(state, bucket, position)) return false;
-            position =
-                tovan::next_position(tovan::entry_at(state->heap, position));
-        }
+    for (int bucket = 0; bucket < tovan::heap_buckets;
+         bucket += chains_at_once) {
+        if (!accept_group(state, bucket)) return false;
     }
     return true;
 }
@@ -145,15 +182,15 @@ check begin_check(variable_heap *heap) {
     memset(state.met, 0, positions / 8 + 1);
     state.names =
         static_cast<found_name *>(chkalloc(positions * sizeof(found_name)));
-    state.subscripted =
-        static_cast<uint32_t *>(chkalloc(positions * sizeof(uint32_t)));
+    state.subscripts = static_cast<found_subscript *>(
+        chkalloc(positions * sizeof(found_subscript)));
     return state;
 }
 
 void end_check(check *state) {
     free(state->met);
     free(state->names);
-    free(state->subscripted);
+    free(state->subscripts);
 }
 
 }  // namespace
@@ -181,7 +218,7 @@ void tovan::index_heap(variable_heap *heap, const char *name) {
     check state = begin_check(heap);
     bool sound = accept_chains(&state);
     if (sound) {
-        index_subscripts(heap, state.subscripted, state.subscripted_count);
+        index_subscripts(heap, state.subscripts, state.subscript_count);
         index_names(heap, state.names, state.name_count);
     }
     end_check(&state);

@@ -1,5 +1,5 @@
 // lvheap.h: what readers and writers of variable heaps share.
-// Builds on: errexit.h, chkalloc.h, strutil.h.
+// Builds on: errexit.h, chkalloc.h.
 //
 // A variable heap is one file of names, values and flags: the build tree's
 // variables (lvget.h) and the traits of a host (trait.h) come in it. The

@@ -26,7 +26,6 @@
 #include "lvheap.h"
 
 #include "chkalloc.h"
-#include "errexit.h"
 #include "ident.h"
 #include "private_hash.h"
 #include "private_lvindex.h"
@@ -37,35 +36,22 @@
 
 using tovan::entry_at;
 using tovan::entry_name;
-using tovan::heap_slot;
-using tovan::heap_table;
+using tovan::hash_slot;
+using tovan::hash_table;
 using tovan::variable_heap;
 
 namespace {
 
-// At most half of the places are taken.
-heap_table new_table(size_t count) {
-    int bits = static_cast<int>(std::bit_width(count)) + 1;
-    size_t places = size_t{1} << bits;
-    auto *slots = static_cast<heap_slot *>(calloc(places, sizeof(heap_slot)));
-    if (slots == nullptr) nocore();
-    return {slots, 32 - bits, static_cast<uint32_t>(places - 1)};
+// Whether the entry has this name; it may be shorter and end with the heap.
+bool has_name(const variable_heap *heap, uint32_t position, const char *name,
+              size_t length) {
+    size_t name_at = size_t{position} * 8 + 7;
+    if (heap->size - name_at <= length) return false;
+    const char *own = entry_name(entry_at(heap, position));
+    return own[length] == '\0' && tovan::same_text(own, name, length);
 }
 
-// The place of the first slot at which is_wanted(slot) holds, or of the free
-// slot that ends the search.
-template <typename Wanted>
-heap_slot *search(const heap_table *table, uint32_t tag, Wanted is_wanted) {
-    uint32_t place = tag >> table->shift;
-    while (true) {
-        heap_slot *slot = table->slots + place;
-        if (slot->at == 0) return slot;
-        if (slot->tag == tag && is_wanted(slot)) return slot;
-        place = (place + 1) & table->mask;
-    }
-}
-
-bool any_slot(const heap_slot *) {
+bool any_slot(const hash_slot *) {
     return true;
 }
 
@@ -74,44 +60,59 @@ uint32_t base_tag(const variable_heap *heap, uint32_t position) {
     return tovan::text_tag(name, strcspn(name, "["));
 }
 
+// Puts positions where a scan of the chains from 0 to 255 would meet them.
+void order_by_chain(tovan::heap_subscript *ordered,
+                    const tovan::found_subscript *found, size_t count) {
+    size_t places[tovan::heap_buckets + 1] = {};
+    for (size_t i = 0; i < count; ++i)
+        ++places[found[i].bucket + 1];
+    for (int bucket = 0; bucket < tovan::heap_buckets; ++bucket)
+        places[bucket + 1] += places[bucket];
+    for (size_t i = 0; i < count; ++i)
+        ordered[places[found[i].bucket]++].position = found[i].position;
+}
+
 }  // namespace
 
 void tovan::index_names(variable_heap *heap, const found_name *names,
                         size_t count) {
-    heap_table table = new_table(count);
+    hash_table table = new_hash_table(count);
     for (const found_name *found = names; found < names + count; ++found) {
         const char *name = entry_name(entry_at(heap, found->position));
-        auto is_equal = [heap, name](const heap_slot *slot) {
+        auto is_equal = [heap, name](const hash_slot *slot) {
             return strcmp(entry_name(entry_at(heap, slot->at)), name) == 0;
         };
-        heap_slot *slot = search(&table, found->tag, is_equal);
+        hash_slot *slot = search(&table, found->tag, is_equal);
         if (slot->at == 0) *slot = {found->tag, found->position};
     }
     heap->names = table;
 }
 
-// From the last to the first, each put before the others of its list: so the
-// lists come out in order.
-void tovan::index_subscripts(variable_heap *heap, const uint32_t *positions,
+void tovan::index_subscripts(variable_heap *heap, const found_subscript *found,
                              size_t count) {
-    heap->bases = new_table(count);
+    heap->bases = new_hash_table(count);
     heap->subscripts = static_cast<heap_subscript *>(
         chkalloc((count + 1) * sizeof(heap_subscript)));
+    order_by_chain(heap->subscripts + 1, found, count);
+    // From the last to the first, each put before the others of its list: so
+    // the lists come out in order.
     for (size_t i = count; i > 0; --i) {
-        uint32_t tag = base_tag(heap, positions[i - 1]);
-        heap_slot *slot = search(&heap->bases, tag, any_slot);
-        heap->subscripts[i] = {positions[i - 1], slot->at};
+        heap_subscript *subscript = &heap->subscripts[i];
+        uint32_t tag = base_tag(heap, subscript->position);
+        hash_slot *slot = search(&heap->bases, tag, any_slot);
+        subscript->next = slot->at;
         *slot = {tag, static_cast<uint32_t>(i)};
     }
 }
 
 const tovan::heap_entry *tovan::find_entry(const variable_heap *heap,
                                            const char *name) {
-    uint32_t tag = text_tag(name, strlen(name));
-    auto is_equal = [heap, name](const heap_slot *slot) {
-        return strcmp(entry_name(entry_at(heap, slot->at)), name) == 0;
+    size_t length = strlen(name);
+    auto is_equal = [=](const hash_slot *slot) {
+        return has_name(heap, slot->at, name, length);
     };
-    const heap_slot *slot = search(&heap->names, tag, is_equal);
+    const hash_slot *slot =
+        search(&heap->names, text_tag(name, length), is_equal);
     return slot->at != 0 ? entry_at(heap, slot->at) : nullptr;
 }
 

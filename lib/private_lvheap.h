@@ -1,5 +1,5 @@
 // private_lvheap.h (private): a variable heap in memory.
-// Builds on: lvheap.h.
+// Builds on: private_hash.h, lvheap.h.
 //
 // Variables and traits are two heaps of one format (docs/formats/heap.md).
 // A heap is read, then indexed; only what the index accepted is ever looked
@@ -10,6 +10,7 @@
 #define TOVAN_PRIVATE_LVHEAP_H
 
 #include "lvheap.h"
+#include "private_hash.h"
 
 #include <stddef.h>
 #include <stdint.h>
@@ -22,24 +23,11 @@ constexpr int heap_export_flag = 0x02;  // on disk: do not change
 // An entry as it lies in the file: see the accessors below.
 using heap_entry = unsigned char;
 
-// One place of an open-addressing table; at 0 nothing is stored.
-struct heap_slot {
-    uint32_t tag;  // its leading bits choose the place
-    uint32_t at;
-};
-
-// Every slot table is at most half full, so that a search always ends.
-struct heap_table {
-    heap_slot *slots;
-    int shift;  // from a tag to its first place
-    uint32_t mask;
-};
-
 // A name with a subscript, in the list of the names that share its text
 // before the first "[".
 struct heap_subscript {
     uint32_t position;  // of its entry, in 8-byte units
-    uint32_t next;      // one more than the index of the next; 0 at the end
+    uint32_t next;      // the index of the next one; 0 at the end
 };
 
 // Zeroed: nothing is loaded.
@@ -49,9 +37,9 @@ struct variable_heap {
     uint32_t heads[heap_buckets];
     uint32_t generation_seek;
     uint32_t generation_lines;
-    heap_table names;            // whole names; null slots: not indexed yet
-    heap_table bases;            // texts before a "["
-    heap_subscript *subscripts;  // what `bases` points into
+    hash_table names;            // whole names; null slots: not indexed yet
+    hash_table bases;            // texts before a "["
+    heap_subscript *subscripts;  // from 1 on: what `bases` leads to
     bool misplaced;              // some entry hangs in a foreign chain
 };
 
@@ -81,7 +69,7 @@ const heap_entry *find_entry(const variable_heap *heap, const char *name);
 // The names with a subscript whose text before the first "[" has these bytes,
 // in the order of a scan; the list may hold others, which the caller's own
 // comparison leaves out. Meaningless for a heap with misplaced entries.
-//   result    one more than an index into `subscripts`; 0 when there are none
+//   result    an index into `subscripts`; 0 when there are none
 uint32_t first_subscript(const variable_heap *heap, const char *base,
                          size_t length);
 

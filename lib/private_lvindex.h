@@ -13,12 +13,20 @@ struct found_name {
     uint32_t position;  // of its entry, in 8-byte units
 };
 
+// One that has a "[".
+struct found_subscript {
+    uint32_t position;
+    int bucket;
+};
+
+// Both take what was found with the entries of each chain in order, whatever
+// the order of the chains.
+
 // Makes the index of whole names; of equal names the first one stays.
 void index_names(variable_heap *heap, const found_name *names, size_t count);
 
-// Makes the index of texts before a "[" from the positions of all names that
-// have one, in the order of a scan.
-void index_subscripts(variable_heap *heap, const uint32_t *positions,
+// Makes the index of texts before a "[".
+void index_subscripts(variable_heap *heap, const found_subscript *found,
                       size_t count);
 
 }  // namespace tovan
