@@ -7,9 +7,9 @@
 namespace support {
 
 owned_string::owned_string(const std::string &text, int size) : dy{} {
-    int length = static_cast<int>(text.size());
-    dynew(this, size != 0 ? size : length + 1);
-    dynstr(this, text.data(), length);
+    int n = static_cast<int>(text.size());
+    dynew(this, size != 0 ? size : n + 1);
+    dynstr(this, text.data(), n);
 }
 
 owned_string::~owned_string() {
