@@ -28,6 +28,6 @@ const char *path_in_force();
 pid_t start_sharing(int in, int out, int err, char **argv,
                     const sigset_t *mask);
 
-}  // namespace gnu::visibility("hidden")]]tovan
+}  // namespace tovan
 
 #endif

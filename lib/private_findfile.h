@@ -14,6 +14,6 @@ namespace [[gnu::visibility("hidden")]] tovan {
 // As spread() of findfile.h.
 void spread(const char *start, const char *end, int use_defaults, dy *output);
 
-}  // namespace gnu::visibility("hidden")]]tovan
+}  // namespace tovan
 
 #endif

@@ -8,6 +8,6 @@ namespace [[gnu::visibility("hidden")]] tovan {
 // The part of a user's name behind its first "+", or all of it.
 const char *behind_plus(const char *name);
 
-}  // namespace gnu::visibility("hidden")]]tovan
+}  // namespace tovan
 
 #endif

@@ -178,6 +178,6 @@ struct packed_table {
 constexpr packed_table packed;
 static_assert(packed.input[question] > packed.stack[colon]);
 
-}  // namespace gnu::visibility("hidden")]]tovan
+}  // namespace tovan
 
 #endif

@@ -14,6 +14,6 @@ namespace [[gnu::visibility("hidden")]] tovan {
 //             and what was added to words means nothing
 bool split_line(char *line, dyp *words);
 
-}  // namespace gnu::visibility("hidden")]]tovan
+}  // namespace tovan
 
 #endif

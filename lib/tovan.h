@@ -28,6 +28,7 @@
 #include "strutil.h"
 #include "sysnames.h"
 #include "trait.h"
+#include "usage.h"
 #include "wait4pid.h"
 
 TOVAN_BEGIN_C
