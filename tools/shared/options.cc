@@ -27,9 +27,10 @@ int long_letter(const char *word, const tools::long_flag *names) {
     usage("%s: invalid flag", word);
 }
 
-const char *take_value(tools::options *flags, char letter) {
-    const char *value = *flags->rest != '\0' ? flags->rest : *flags->next++;
-    if (value == nullptr) usage("-%c: value missing", letter);
+const char *take_value(tools::options *flags, const char *known) {
+    bool is_joined = *flags->rest != '\0' || known[2] == ':';
+    const char *value = is_joined ? flags->rest : *flags->next++;
+    if (value == nullptr) usage("-%c: value missing", *known);
     flags->rest = nullptr;
     return value;
 }
@@ -39,7 +40,7 @@ int short_letter(tools::options *flags, const char *letters) {
     if (letter == 'x') explain();
     const char *known = letter != ':' ? strchr(letters, letter) : nullptr;
     if (known == nullptr) usage("-%c: invalid flag", letter);
-    if (known[1] == ':') flags->value = take_value(flags, letter);
+    if (known[1] == ':') flags->value = take_value(flags, known);
     return letter;
 }
 

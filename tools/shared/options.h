@@ -26,7 +26,8 @@ struct options {
 options options_of(char **arguments);
 
 // The letter of the next flag, or 0 behind the last. A letter with a colon
-// behind it in `letters` takes a value, joined to it or in the argument after.
+// behind it in `letters` takes a value, joined to it or in the argument after;
+// with two colons only what is joined to it, which may be nothing.
 int next_flag(options *flags, const char *letters, const long_flag *names);
 
 }  // namespace tools
