@@ -12,6 +12,7 @@
 #include "errexit.h"
 #include "evalarit.h"
 #include "execstr.h"
+#include "fastout.h"
 #include "findfile.h"
 #include "fmatch.h"
 #include "getdylin.h"
