@@ -2,9 +2,9 @@
 #include "mktraits/host.h"
 #include "shared/heap_file.h"
 #include "shared/manners.h"
+#include "shared/options.h"
 
 #include <stdio.h>
-#include <string.h>
 #include <tovan/trait.h>
 #include <tovan/usage.h>
 
@@ -40,27 +40,13 @@ void print(const mktraits::trait_list &list) {
     }
 }
 
-bool is_one_of(const char *word, const char *letter, const char *name) {
-    return strcmp(word, letter) == 0 || strcmp(word, name) == 0;
-}
-
-// Whether the traits are to be written; other options end here.
-bool take_options(char **argument) {
+// Whether the traits are to be written.
+bool take_flags(char **arguments) {
     bool writes = false;
-    for (; *argument != nullptr; argument++) {
-        if (is_one_of(*argument, "-x", "--help")) {
-            explflags();
-            tools::finish(0);
-        }
-        if (strcmp(*argument, "--version") == 0) {
-            tools::print_version();
-            tools::finish(0);
-        }
-        if (strcmp(*argument, "-u") != 0) {
-            usage("%s: invalid argument", *argument);
-        }
+    tools::options flags = tools::options_of(arguments);
+    while (tools::next_flag(&flags, "u", nullptr) == 'u')
         writes = true;
-    }
+    if (*flags.next != nullptr) usage("%s: no argument is taken", *flags.next);
     return writes;
 }
 
@@ -69,7 +55,7 @@ bool take_options(char **argument) {
 int main(int, char **argv) {
     tools::start(argv[0]);
     usestrs(synopsis, explanation);
-    bool writes = take_options(argv + 1);
+    bool writes = take_flags(argv + 1);
     mktraits::trait_list list = mktraits::ask_host();
     if (writes) {
         write(list);
