@@ -25,6 +25,7 @@
 #include "map_root.h"
 #include "opentmp.h"
 #include "rxpcomp.h"
+#include "sfdict.h"
 #include "simplify.h"
 #include "strutil.h"
 #include "sysnames.h"
