@@ -26,6 +26,7 @@
 #include "opentmp.h"
 #include "rxpcomp.h"
 #include "sfdict.h"
+#include "sfixfile.h"
 #include "simplify.h"
 #include "strutil.h"
 #include "sysnames.h"
