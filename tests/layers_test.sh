@@ -28,7 +28,7 @@ family() {
 
 # stated HEADER: the headers of its "Builds on:" sentence.
 stated() {
-    awk '/^\/\/ Builds on:/ { on = 1 } on; on && /\.$/ { exit }' "$lib/$1" |
+    sed -n '/^\/\/ Builds on:/,/\.$/p' "$lib/$1" | grep '^//' |
         grep -oE '[a-z0-9_]+\.h' | sort -u
 }
 

@@ -15,8 +15,7 @@ void tools::print_version() {
 }
 
 void tools::finish(int status) {
-    // The errno of a write that failed long ago is not known any more.
-    errno = EIO;
+    errno = 0;
     if (fflush(stdout) != 0 || ferror(stdout) != 0) {
         errexit("standard output: %s", syserr());
     }

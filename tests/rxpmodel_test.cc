@@ -1,0 +1,173 @@
+// rxpmodel_test.cc: the matcher against the rules by which it must match.
+#include "support/rxp_model.h"
+
+#include <gtest/gtest.h>
+#include <string.h>
+#include <tovan/rxpcomp.h>
+#include <random>
+
+namespace {
+
+// Compares the library on one program and subject with the rules.
+//   result    whether the rules came to an end
+bool expect_agreement(const std::string &pattern, const std::string &subject,
+                      const unsigned char *program) {
+    support::rxp_result rules =
+        support::rxp_by_the_rules(subject, program, 20000);
+    if (rules.gave_up) return false;
+    std::string difference = support::rxp_difference(
+        rules, support::rxp_by_the_library(subject, program));
+    EXPECT_EQ(difference, "") << pattern << " on \"" << subject << "\"";
+    difference = support::rxp_difference(
+        rules, support::rxp_by_the_memory(subject, program));
+    EXPECT_EQ(difference, "")
+        << pattern << " on \"" << subject << "\", with memory";
+    return true;
+}
+
+std::vector<std::string> all_texts(const std::vector<std::string> &symbols,
+                                   size_t max_length) {
+    std::vector<std::string> texts = {""};
+    size_t first = 0;
+    for (size_t length = 1; length <= max_length; length++) {
+        size_t last = texts.size();
+        for (; first < last; first++) {
+            for (const std::string &symbol : symbols)
+                texts.push_back(texts[first] + symbol);
+        }
+    }
+    return texts;
+}
+
+void expect_agreement_on_all(const std::vector<std::string> &patterns,
+                             const std::vector<std::string> &subjects) {
+    int programs = 0;
+    for (const std::string &pattern : patterns) {
+        if (rxpcomp(pattern.c_str(), 0, 0) < 0) continue;
+        programs++;
+        for (const std::string &subject : subjects)
+            expect_agreement(pattern, subject, rxpbuf);
+        if (testing::Test::HasFailure()) FAIL() << pattern;
+    }
+    EXPECT_GT(programs, 1000);
+}
+
+TEST(rxpmodel, all_short_patterns_with_groups) {
+    expect_agreement_on_all(
+        all_texts({"a", "b", ".", "*", "<", "|", ">", ">*"}, 5),
+        all_texts({"a", "b"}, 3));
+}
+
+TEST(rxpmodel, all_short_patterns_with_submatches) {
+    expect_agreement_on_all(
+        all_texts({"a", "*", "<", "|", ">*", "\\(", "\\)", "\\1"}, 5),
+        all_texts({"a", "b"}, 3));
+}
+
+TEST(rxpmodel, all_short_patterns_with_states_of_no_width) {
+    expect_agreement_on_all(
+        all_texts({"a", "\\{", "\\}", "\\-", "<", ">*", "$", "+"}, 5),
+        all_texts({"a", " "}, 3));
+}
+
+// ---- random programs ----------------------------------------------------
+
+class generator {
+  public:
+    explicit generator(unsigned seed) : numbers(seed) {
+    }
+
+    int below(int limit) {
+        return static_cast<int>(numbers() % static_cast<unsigned>(limit));
+    }
+
+    std::string one_of(const std::vector<std::string> &texts) {
+        return texts[numbers() % texts.size()];
+    }
+
+    std::string pattern(bool with_references) {
+        std::string text = term(3, with_references);
+        if (below(8) == 0) text = "^" + text;
+        if (below(8) == 0) text += "$";
+        if (below(10) == 0) text = "!" + text;
+        return text;
+    }
+
+    std::string subject(int max_length) {
+        std::string text;
+        for (int n = below(max_length + 1); n > 0; n--)
+            text += one_of({"a", "a", "a", "b", "b", "c", " ", "A", "1", "_"});
+        return text;
+    }
+
+  private:
+    std::mt19937 numbers;
+
+    std::string item(int depth, bool with_references) {
+        if (depth == 0 || below(3) < 2) {
+            return one_of({"a", "a", "a", "b", "b", "c", ".", "[ab]", "[^a]",
+                           "\\{", "\\}", "\\_", "\\-", "\\=", "\\~", "\\#"});
+        }
+        auto inner = [&] { return term(depth - 1, with_references); };
+        switch (below(with_references ? 6 : 5)) {
+            case 0:
+                return "<" + inner() + "|" + inner() + ">";
+            case 1:
+                return "<" + inner() + "|>";
+            case 2:
+                return "<" + inner() + ">";
+            case 3:
+                return "<" + inner() + ">*";
+            case 4:
+                return "\\(" + inner() + "\\)";
+            default:
+                return "\\1";
+        }
+    }
+
+    std::string term(int depth, bool with_references) {
+        std::string text;
+        for (int n = 1 + below(4); n > 0; n--) {
+            text += item(depth, with_references);
+            int closure = below(8);
+            if (closure < 2) text += "*";
+            if (closure == 2) text += "+";
+        }
+        return text;
+    }
+};
+
+void expect_agreement_on_random(bool with_references, int pairs,
+                                unsigned seed) {
+    generator random(seed);
+    int compared = 0;
+    int matching = 0;
+    while (compared < pairs) {
+        std::string pattern = random.pattern(with_references);
+        int fold = random.below(10) == 0;
+        if (rxpcomp(pattern.c_str(), 0, fold) < 0) continue;
+        for (int i = 0; i < 6; i++) {
+            std::string subject = random.subject(i < 5 ? 14 : 40);
+            if (!expect_agreement(pattern, subject, rxpbuf)) continue;
+            compared++;
+            matching += matches.pair[0].start != nullptr;
+        }
+        if (testing::Test::HasFailure()) FAIL() << pattern;
+    }
+    EXPECT_GT(matching, compared / 3);
+}
+
+TEST(rxpmodel, random_programs) {
+    expect_agreement_on_random(false, 15000, 1);
+}
+
+TEST(rxpmodel, random_programs_with_references) {
+    expect_agreement_on_random(true, 8000, 2);
+}
+
+TEST(rxpmodel, open_branches_belong_to_the_memory) {
+    ASSERT_GT(rxpcomp("<a*<>|a*>+\\{", 0, 0), 0);
+    EXPECT_TRUE(expect_agreement("<a*<>|a*>+\\{", "ab", rxpbuf));
+}
+
+}  // namespace
