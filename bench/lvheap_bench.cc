@@ -8,11 +8,13 @@
 #include <fcntl.h>
 #include <stdio.h>
 #include <string.h>
+#include <tovan/fmatch.h>
 #include <tovan/lvget.h>
 #include <tovan/lvheap.h>
 #include <tovan/private_lvheap.h>
 #include <tovan/strutil.h>
 #include <unistd.h>
+#include <algorithm>
 #include <map>
 #include <random>
 #include <string>
@@ -116,8 +118,8 @@ prepared *prepare(size_t count) {
 }
 
 template <typename Find>
-void look_up(benchmark::State &state, Find find) {
-    prepared *p = prepare(static_cast<size_t>(state.range(0)));
+void look_up(benchmark::State &state, size_t count, Find find) {
+    prepared *p = prepare(count);
     size_t i = 0;
     for (auto _ : state) {
         benchmark::DoNotOptimize(find(p, p->names[i]));
@@ -137,14 +139,14 @@ const char *walk_chain(const tovan::variable_heap *heap, const char *name) {
     return nullptr;
 }
 
-void find_ours(benchmark::State &state) {
-    look_up(state, [](prepared *p, const std::string &name) {
+void find_ours(benchmark::State &state, size_t count) {
+    look_up(state, count, [](prepared *p, const std::string &name) {
         return tovan::entry_value(tovan::find_entry(&p->heap, name.c_str()));
     });
 }
 
-void find_chains(benchmark::State &state) {
-    look_up(state, [](prepared *p, const std::string &name) {
+void find_chains(benchmark::State &state, size_t count) {
+    look_up(state, count, [](prepared *p, const std::string &name) {
         return walk_chain(&p->heap, name.c_str());
     });
 }
@@ -165,44 +167,34 @@ Table *table_of(prepared *p) {
 
 // A tool hands a C string to every one of them.
 template <typename Table>
-void find_in(benchmark::State &state) {
-    Table *table =
-        table_of<Table>(prepare(static_cast<size_t>(state.range(0))));
-    look_up(state, [table](prepared *, const std::string &name) {
+void find_in(benchmark::State &state, size_t count) {
+    Table *table = table_of<Table>(prepare(count));
+    look_up(state, count, [table](prepared *, const std::string &name) {
         return table->find(name.c_str())->second.c_str();
     });
 }
 
 // The keys are there as std::string already.
 template <typename Table>
-void find_ready(benchmark::State &state) {
-    Table *table =
-        table_of<Table>(prepare(static_cast<size_t>(state.range(0))));
-    look_up(state, [table](prepared *, const std::string &name) {
+void find_ready(benchmark::State &state, size_t count) {
+    Table *table = table_of<Table>(prepare(count));
+    look_up(state, count, [table](prepared *, const std::string &name) {
         return table->find(name)->second.c_str();
     });
 }
 
-#define SIZES Arg(2000)->Arg(100000)
-BENCHMARK(find_ours)->Name("e/find/ours")->SIZES;
-BENCHMARK(find_ready<string_table>)->Name("e/find/unordered_map")->SIZES;
-BENCHMARK(find_in<string_table>)->Name("e/find_cstr/unordered_map")->SIZES;
-BENCHMARK(find_ready<string_tree>)->Name("e/find/map")->SIZES;
-BENCHMARK(find_chains)->Name("e/find/chains")->SIZES;
-
 #ifdef TOVAN_PEER_GLIB
-void find_glib(benchmark::State &state) {
-    prepared *p = prepare(static_cast<size_t>(state.range(0)));
+void find_glib(benchmark::State &state, size_t count) {
+    prepared *p = prepare(count);
     GHashTable *table = g_hash_table_new(g_str_hash, g_str_equal);
     for (const variable &v : p->variables)
         g_hash_table_insert(table, const_cast<char *>(v.name.c_str()),
                             const_cast<char *>(v.value.c_str()));
-    look_up(state, [table](prepared *, const std::string &name) {
+    look_up(state, count, [table](prepared *, const std::string &name) {
         return g_hash_table_lookup(table, name.c_str());
     });
     g_hash_table_destroy(table);
 }
-BENCHMARK(find_glib)->Name("e/find/glib")->SIZES;
 #endif
 
 // ---- loading -----------------------------------------------------------
@@ -217,8 +209,8 @@ std::string read_whole(const std::string &path) {
     return bytes;
 }
 
-void load_ours(benchmark::State &state) {
-    prepared *p = prepare(static_cast<size_t>(state.range(0)));
+void load_ours(benchmark::State &state, size_t count) {
+    prepared *p = prepare(count);
     for (auto _ : state) {
         tovan::variable_heap heap{};
         int descriptor = open(p->path.c_str(), O_RDONLY);
@@ -229,15 +221,15 @@ void load_ours(benchmark::State &state) {
     }
 }
 
-void load_read(benchmark::State &state) {
-    prepared *p = prepare(static_cast<size_t>(state.range(0)));
+void load_read(benchmark::State &state, size_t count) {
+    prepared *p = prepare(count);
     for (auto _ : state)
         benchmark::DoNotOptimize(read_whole(p->path));
 }
 
 // The file read, and every entry visited once.
-void load_read_walk(benchmark::State &state) {
-    prepared *p = prepare(static_cast<size_t>(state.range(0)));
+void load_read_walk(benchmark::State &state, size_t count) {
+    prepared *p = prepare(count);
     for (auto _ : state) {
         tovan::variable_heap heap{};
         int descriptor = open(p->path.c_str(), O_RDONLY);
@@ -254,8 +246,8 @@ void load_read_walk(benchmark::State &state) {
 }
 
 template <typename Table>
-void load_into(benchmark::State &state) {
-    prepared *p = prepare(static_cast<size_t>(state.range(0)));
+void load_into(benchmark::State &state, size_t count) {
+    prepared *p = prepare(count);
     for (auto _ : state) {
         tovan::variable_heap heap{};
         int descriptor = open(p->path.c_str(), O_RDONLY);
@@ -270,16 +262,9 @@ void load_into(benchmark::State &state) {
     }
 }
 
-#define LOADS SIZES->Unit(benchmark::kMicrosecond)
-BENCHMARK(load_ours)->Name("e/load/ours")->LOADS;
-BENCHMARK(load_into<string_table>)->Name("e/load/unordered_map")->LOADS;
-BENCHMARK(load_into<string_tree>)->Name("e/load/map")->LOADS;
-BENCHMARK(load_read)->Name("e/load/read")->LOADS;
-BENCHMARK(load_read_walk)->Name("e/load/read_and_walk")->LOADS;
-
 #ifdef TOVAN_PEER_GLIB
-void load_glib(benchmark::State &state) {
-    prepared *p = prepare(static_cast<size_t>(state.range(0)));
+void load_glib(benchmark::State &state, size_t count) {
+    prepared *p = prepare(count);
     for (auto _ : state) {
         tovan::variable_heap heap{};
         int descriptor = open(p->path.c_str(), O_RDONLY);
@@ -294,15 +279,102 @@ void load_glib(benchmark::State &state) {
         tovan::free_heap(&heap);
     }
 }
-BENCHMARK(load_glib)->Name("e/load/glib")->LOADS;
 #endif
 
-// ---- laws --------------------------------------------------------------
+// ---- by name and subscript ---------------------------------------------
 
-#define LAW RangeMultiplier(10)->Range(100, 1000000)
-BENCHMARK(find_ours)->Name("law/find")->LAW;
-BENCHMARK(load_ours)->Name("law/load")->LAW->Unit(benchmark::kMicrosecond);
+// Base names that have patterns, in random order.
+std::vector<std::string> bases_of(const prepared *p) {
+    std::vector<std::string> bases;
+    for (const std::string &name : p->names) {
+        if (name.ends_with("[*]"))
+            bases.push_back(name.substr(0, name.find('[')));
+    }
+    return bases;
+}
+
+void match_ours(benchmark::State &state, size_t count) {
+    prepared *p = prepare(count);
+    lvget(0, nullptr, 1, p->path.c_str(), nullptr);
+    std::vector<std::string> bases = bases_of(p);
+    size_t i = 0;
+    for (auto _ : state) {
+        benchmark::DoNotOptimize(lvvarmatch(0, bases[i].c_str(), "x86_32"));
+        if (++i == bases.size()) i = 0;
+    }
+}
+
+// The scan over all entries that the index replaces.
+void match_scan(benchmark::State &state, size_t count) {
+    prepared *p = prepare(count);
+    std::vector<std::string> bases = bases_of(p);
+    size_t i = 0;
+    for (auto _ : state) {
+        const std::string &base = bases[i];
+        const char *held = nullptr;
+        size_t longest = 0;
+        tovan::for_each_entry(&p->heap, [&](int, const tovan::heap_entry *e) {
+            const char *name = tovan::entry_name(e);
+            if (strncmp(name, base.c_str(), base.size()) != 0) return;
+            const char *rest = name + base.size();
+            if (*rest != '[' || fmatch("x86_32]", rest + 1) == 0) return;
+            if (strlen(rest) <= longest) return;
+            longest = strlen(rest);
+            held = tovan::entry_value(e);
+        });
+        benchmark::DoNotOptimize(held);
+        if (++i == bases.size()) i = 0;
+    }
+}
+
+// ---- the table ---------------------------------------------------------
+
+struct job {
+    const char *what;
+    const char *who;
+    void (*run)(benchmark::State &state, size_t count);
+};
+
+constexpr job jobs[] = {
+    {"find", "ours", find_ours},
+    {"find", "unordered_map", find_ready<string_table>},
+    {"find", "unordered_map_of_c_string", find_in<string_table>},
+    {"find", "map", find_ready<string_tree>},
+#ifdef TOVAN_PEER_GLIB
+    {"find", "GHashTable", find_glib},
+#endif
+    {"find", "chains", find_chains},
+    {"match", "ours", match_ours},
+    {"match", "scan", match_scan},
+    {"load", "ours", load_ours},
+    {"load", "unordered_map", load_into<string_table>},
+    {"load", "map", load_into<string_tree>},
+#ifdef TOVAN_PEER_GLIB
+    {"load", "GHashTable", load_glib},
+#endif
+    {"load", "read", load_read},
+    {"load", "read_and_walk", load_read_walk},
+};
+
+void add(const std::string &name, const job &j, size_t count) {
+    benchmark::RegisterBenchmark(
+        name.c_str(), [j, count](benchmark::State &s) { j.run(s, count); });
+}
 
 }  // namespace
 
-BENCHMARK_MAIN();
+int main(int argc, char **argv) {
+    for (size_t count : {size_t{2000}, size_t{100000}}) {
+        std::string size = count == 2000 ? "_2k/" : "_100k/";
+        for (const job &j : jobs)
+            add("e/" + (j.what + size) + j.who, j, count);
+    }
+    for (const job &j :
+         {job{"find", "", find_ours}, job{"match", "", match_ours},
+          job{"load", "", load_ours}}) {
+        for (size_t count = 100; count <= 1000000; count *= 10)
+            add("law/" + (j.what + ("/" + std::to_string(count))), j, count);
+    }
+    benchmark::Initialize(&argc, argv);
+    benchmark::RunSpecifiedBenchmarks();
+}

@@ -1,4 +1,12 @@
 // lvheap.cc: heaps are read and checked; docs/formats/heap.md is the format.
+//
+// Nothing that a heap says about itself is believed. Its size claims memory
+// only as bytes arrive. Then every chain is walked once, and each entry must
+// lie inside with its texts and be met by one chain only; what passes is
+// handed to the indexes, and whoever walks the heap later tests nothing.
+//
+// The walk waits for memory more than for anything else, since each entry
+// says where the next one lies. So a group of chains is walked side by side.
 #include "lvheap.h"
 
 #include "chkalloc.h"

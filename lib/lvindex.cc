@@ -8,7 +8,7 @@
 // ends the search. Of equal names only the first one of the chain is stored,
 // which is the one that a walk of the chain would find:
 //
-//     chain of "CC" (h = 0x5a): "CC"@7, "LD"@12, "CC"@19
+//     a chain: "CC"@7, "LD"@12, "CC"@19
 //     slots:  ... {tag of "CC", 7} {tag of "LD", 12} - ...
 //
 // `bases` leads from the text before the first "[" to a list of all entries
@@ -32,7 +32,6 @@
 
 #include <stdlib.h>
 #include <string.h>
-#include <bit>
 
 using tovan::entry_at;
 using tovan::entry_name;

@@ -7,6 +7,7 @@
 #include <string.h>
 #include <tovan/dypadd.h>
 #include <string>
+#include <vector>
 
 namespace {
 
@@ -158,14 +159,16 @@ TEST(dydflist, gives_an_empty_array_of_seven) {
 }
 
 TEST(dydflist, takes_15_records_at_once_the_last_one_first) {
-    dyd *before = dydflist(nullptr, 4);
+    std::vector<dyd *> taken = {dydflist(nullptr, 4)};
     for (int i = 1; i < 15; i++) {
-        dyd *array = dydflist(nullptr, 4);
-        EXPECT_EQ(array, before - 1);
-        before = array;
+        taken.push_back(dydflist(nullptr, 4));
+        EXPECT_EQ(taken.back(), taken.front() - i);
     }
     dyd *other = dydflist(nullptr, 4);
-    EXPECT_TRUE(other < before || other > before + 14);
+    EXPECT_TRUE(other < taken.back() || other > taken.front());
+    taken.push_back(other);
+    for (dyd *array : taken)
+        dydflist(array, 4);
 }
 
 TEST(dydflist, keeps_up_to_120_bytes) {

@@ -195,14 +195,16 @@ TEST(dypflist, gives_an_empty_array_of_seven_slots) {
 }
 
 TEST(dypflist, takes_15_records_at_once_the_last_one_first) {
-    dyp *before = dypflist(nullptr);
+    std::vector<dyp *> taken = {dypflist(nullptr)};
     for (int i = 1; i < 15; i++) {
-        dyp *array = dypflist(nullptr);
-        EXPECT_EQ(array, before - 1);
-        before = array;
+        taken.push_back(dypflist(nullptr));
+        EXPECT_EQ(taken.back(), taken.front() - i);
     }
     dyp *other = dypflist(nullptr);
-    EXPECT_TRUE(other < before || other > before + 14);
+    EXPECT_TRUE(other < taken.back() || other > taken.front());
+    taken.push_back(other);
+    for (dyp *array : taken)
+        dypflist(array);
 }
 
 TEST(dypflist, keeps_up_to_30_slots) {

@@ -196,36 +196,77 @@ TEST(forkcmmd, a_kept_path_of_1_mb_is_searched) {
 void ignore_it(int) {
 }
 
-// A line of the command's own status, without a shell between.
-std::string signal_line(const std::string &name) {
-    return support::stdout_of([&] {
-        run({"sed", "-n", "/^" + name + ":/p", "/proc/self/status"});
-    });
+// Runs cat, in a child of each kind: one that shares our memory, and a true
+// copy, which a file in no executable format calls for.
+int run_cat(bool copied, const std::string &file) {
+    if (!copied) return run({"cat", file});
+    support::write_program("bare", "\n");
+    setenv("_T_binsh", "/bin/cat", 1);
+    return run({"./bare", file});
 }
 
-TEST(forkcmmd, the_command_has_our_signal_mask) {
-    std::string before = signal_line("SigBlk");
-    sigset_t mask;
-    sigemptyset(&mask);
-    sigaddset(&mask, SIGUSR2);
-    sigprocmask(SIG_BLOCK, &mask, nullptr);
-    std::string blocked = signal_line("SigBlk");
-    EXPECT_EQ(before, "SigBlk:\t0000000000000000\n");
-    EXPECT_EQ(blocked, "SigBlk:\t0000000000000800\n");
-    sigset_t now;
-    sigprocmask(SIG_BLOCK, nullptr, &now);
-    EXPECT_EQ(sigismember(&now, SIGUSR2), 1);
-    EXPECT_EQ(sigismember(&now, SIGUSR1), 0) << "restored in this process";
+// A line of the command's own status.
+std::string status_line(bool copied, const std::string &name) {
+    std::string status = support::stdout_of(
+        [&] { EXPECT_EQ(run_cat(copied, "/proc/self/status"), 0); });
+    size_t start = status.find(name + ":\t") + name.size() + 2;
+    return status.substr(start, status.find('\n', start) - start);
 }
 
-TEST(forkcmmd, ignored_signals_stay_ignored_and_handlers_do_not) {
+// Whoever started the tests may have left signals ignored or blocked.
+class forkcmmd_signals : public testing::Test {
+  protected:
+    void SetUp() override {
+        for (int number = 1; number < NSIG; number++) {
+            signal(number, SIG_DFL);
+        }
+        sigset_t none;
+        sigemptyset(&none);
+        sigprocmask(SIG_SETMASK, &none, nullptr);
+    }
+};
+
+TEST_F(forkcmmd_signals, the_command_has_our_signal_mask) {
+    for (bool copied : {false, true}) {
+        sigset_t mask;
+        sigemptyset(&mask);
+        sigprocmask(SIG_SETMASK, &mask, nullptr);
+        EXPECT_EQ(status_line(copied, "SigBlk"), "0000000000000000");
+        sigaddset(&mask, SIGUSR2);
+        sigprocmask(SIG_SETMASK, &mask, nullptr);
+        EXPECT_EQ(status_line(copied, "SigBlk"), "0000000000000800");
+        sigset_t now;
+        sigprocmask(SIG_BLOCK, nullptr, &now);
+        EXPECT_EQ(sigismember(&now, SIGUSR2), 1);
+        EXPECT_EQ(sigismember(&now, SIGUSR1), 0) << "restored here";
+    }
+}
+
+TEST_F(forkcmmd_signals, ignored_signals_stay_ignored_and_handlers_do_not) {
     signal(SIGUSR1, SIG_IGN);
     signal(SIGUSR2, ignore_it);
-    EXPECT_EQ(signal_line("SigIgn"), "SigIgn:\t0000000000000200\n");
-    EXPECT_EQ(signal_line("SigCgt"), "SigCgt:\t0000000000000000\n");
-    struct sigaction now;
-    sigaction(SIGUSR2, nullptr, &now);
-    EXPECT_EQ(now.sa_handler, ignore_it) << "our handlers are ours";
+    for (bool copied : {false, true}) {
+        EXPECT_EQ(status_line(copied, "SigIgn"), "0000000000000200");
+        EXPECT_EQ(status_line(copied, "SigCgt"), "0000000000000000");
+        struct sigaction now;
+        sigaction(SIGUSR2, nullptr, &now);
+        EXPECT_EQ(now.sa_handler, ignore_it) << "our handlers are ours";
+    }
+}
+
+TEST(forkcmmd, registered_descriptors_are_closed_for_the_command) {
+    int file = open("/dev/null", O_RDONLY);
+    ASSERT_EQ(fcntl(file, F_DUPFD, 60), 60);
+    for (bool copied : {false, true}) {
+        closeonfork(1, 60);
+        EXPECT_EQ(run_cat(copied, "/proc/self/fd/60"), 0);
+        closeonfork(0, 60);
+        std::string said = support::stderr_of([&] {
+            EXPECT_EQ(WEXITSTATUS(run_cat(copied, "/proc/self/fd/60")), 1);
+        });
+        EXPECT_NE(said.find("No such file"), std::string::npos);
+        EXPECT_NE(fcntl(60, F_GETFD), -1) << "it stays open here";
+    }
 }
 
 bool interrupt_kills_us_during_a_command() {
@@ -237,7 +278,8 @@ bool interrupt_kills_us_during_a_command() {
     return end.signal == SIGINT;
 }
 
-TEST(forkcmmd, interrupts_are_ignored_meanwhile_when_slot_0_is_recorded) {
+TEST_F(forkcmmd_signals,
+       interrupts_are_ignored_meanwhile_when_slot_0_is_recorded) {
     EXPECT_TRUE(interrupt_kills_us_during_a_command());
     savesigs(0, 0);
     EXPECT_FALSE(interrupt_kills_us_during_a_command());
@@ -248,26 +290,30 @@ TEST(forkcmmd, interrupts_are_ignored_meanwhile_when_slot_0_is_recorded) {
     EXPECT_EQ(end.signal, SIGINT) << "restored behind the command";
 }
 
-TEST(forkcmmd, slot_1_is_restored_for_the_command) {
+TEST_F(forkcmmd_signals, slot_1_is_restored_for_the_command) {
     signal(SIGINT, SIG_DFL);
     signal(SIGTERM, SIG_DFL);
     savesigs(1, 0);
     signal(SIGINT, SIG_IGN);
     signal(SIGTERM, SIG_IGN);
-    EXPECT_EQ(signal_line("SigIgn"), "SigIgn:\t0000000000000000\n");
-    struct sigaction now;
-    sigaction(SIGINT, nullptr, &now);
-    EXPECT_EQ(now.sa_handler, SIG_IGN) << "not for us";
+    for (bool copied : {false, true}) {
+        EXPECT_EQ(status_line(copied, "SigIgn"), "0000000000000000");
+        struct sigaction now;
+        sigaction(SIGINT, nullptr, &now);
+        EXPECT_EQ(now.sa_handler, SIG_IGN) << "not for us";
+    }
 }
 
-TEST(forkcmmd, without_slot_1_the_command_has_our_dispositions) {
+TEST_F(forkcmmd_signals, without_slot_1_the_command_has_our_dispositions) {
     signal(SIGINT, SIG_IGN);
-    EXPECT_EQ(signal_line("SigIgn"), "SigIgn:\t0000000000000002\n");
+    for (bool copied : {false, true}) {
+        EXPECT_EQ(status_line(copied, "SigIgn"), "0000000000000002");
+    }
 }
 
 volatile int ended = 0;
 
-TEST(forkcmmd, signals_that_arrive_meanwhile_are_ours_alone) {
+TEST_F(forkcmmd_signals, signals_that_arrive_meanwhile_are_ours_alone) {
     signal(SIGCHLD, [](int) { ended = ended + 1; });
     EXPECT_EQ(run({"true"}), 0);
     EXPECT_GE(ended, 1);
@@ -296,7 +342,7 @@ TEST(forkcmmd, simulated_waits_keep_other_children) {
     EXPECT_EQ(WEXITSTATUS(status), 9);
 }
 
-TEST(forkcmmd, without_statuses_of_children_gives_minus_one) {
+TEST_F(forkcmmd_signals, without_statuses_of_children_gives_minus_one) {
     signal(SIGCHLD, SIG_IGN);
     EXPECT_EQ(run({"true"}), -1);
 }

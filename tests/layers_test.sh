@@ -28,7 +28,7 @@ family() {
 
 # stated HEADER: the headers of its "Builds on:" sentence.
 stated() {
-    sed -n '/^\/\/ Builds on:/,/\.$/p' "$lib/$1" | grep '^//' |
+    awk '/^\/\/ Builds on:/ { on = 1 } on; on && /\.$/ { exit }' "$lib/$1" |
         grep -oE '[a-z0-9_]+\.h' | sort -u
 }
 

@@ -1,6 +1,7 @@
 // lvheap_test.cc: sound heaps and hostile ones.
 #include "support/child.h"
 #include "support/heap_image.h"
+#include "support/picture.h"
 #include "support/tree.h"
 #include "support/variables.h"
 
@@ -15,7 +16,6 @@
 #include <tovan/strutil.h>
 #include <unistd.h>
 #include <algorithm>
-#include <sstream>
 
 namespace {
 
@@ -386,28 +386,8 @@ TEST(lvheap, texts_of_all_lengths_have_tags_of_their_own) {
     EXPECT_EQ(std::adjacent_find(tags.begin(), tags.end()), tags.end());
 }
 
-// The picture of docs/formats/heap.md: its lines of hexadecimal bytes are a
-// whole heap.
-std::string documented_heap() {
-    std::string text =
-        support::read_file(TOVAN_SOURCE_DIR "/docs/formats/heap.md");
-    std::string bytes;
-    std::istringstream lines(text);
-    for (std::string line; std::getline(lines, line);) {
-        unsigned offset = 0;
-        int read = 0;
-        if (sscanf(line.c_str(), "    %x:%n", &offset, &read) != 1) continue;
-        if (read == 0) continue;
-        bytes.resize(offset);  // what is left out is zero
-        std::istringstream words(line.substr(static_cast<size_t>(read), 49));
-        for (unsigned byte; words >> std::hex >> byte;)
-            bytes += static_cast<char>(byte);
-    }
-    return bytes;
-}
-
 TEST(lvheap, the_documented_example_is_a_heap) {
-    std::string bytes = documented_heap();
+    std::string bytes = support::pictured_bytes("docs/formats/heap.md");
     heap_image image;
     image.generation_seek = 35;
     image.generation_lines = 3;

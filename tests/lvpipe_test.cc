@@ -3,8 +3,11 @@
 #include "support/program.h"
 #include "support/tree.h"
 
+#include <dlfcn.h>
+#include <errno.h>
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <stdarg.h>
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
@@ -126,4 +129,53 @@ TEST(lvpipe, too_many_open_files_are_reported) {
               "test: pipes(2): " + std::string(strerror(EMFILE)) + "\n");
 }
 
+int failing_fork = 0;      // the errno of fork()
+int failing_dev_null = 0;  // the errno of opening /dev/null
+
+TEST(lvpipe, a_failed_fork_is_reported) {
+    support::outcome end = support::in_child([] {
+        failing_fork = EAGAIN;
+        pid_t pid = 0;
+        lvpipe(0, nullptr, &pid, nullptr);
+    });
+    EXPECT_EQ(end.exit_status, 255);
+    EXPECT_EQ(end.err, "test: fork(2) (for kivs): " +
+                           std::string(strerror(EAGAIN)) + "\n");
+}
+
+TEST(lvpipe, a_child_without_dev_null_ends) {
+    install_kivs("echo started\n");
+    int status = 0;
+    support::outcome end = support::in_child([&status] {
+        failing_dev_null = ENXIO;
+        EXPECT_EQ(output_of_pipe(0, nullptr, nullptr, &status), "");
+        _exit(WEXITSTATUS(status));
+    });
+    EXPECT_EQ(end.exit_status, 255);
+    EXPECT_EQ(end.err,
+              "test: /dev/null: " + std::string(strerror(ENXIO)) + "\n");
+}
+
 }  // namespace
+
+// The C library's, failing on demand.
+extern "C" pid_t fork() noexcept {
+    if (failing_fork != 0) {
+        errno = failing_fork;
+        return -1;
+    }
+    using real_fork = pid_t (*)();
+    return reinterpret_cast<real_fork>(dlsym(RTLD_NEXT, "fork"))();
+}
+
+extern "C" int open(const char *path, int flags, ...) {
+    va_list arguments;
+    va_start(arguments, flags);
+    mode_t mode = (flags & O_CREAT) != 0 ? va_arg(arguments, mode_t) : 0;
+    va_end(arguments);
+    if (failing_dev_null != 0 && strcmp(path, "/dev/null") == 0) {
+        errno = failing_dev_null;
+        return -1;
+    }
+    return openat(AT_FDCWD, path, flags, mode);
+}

@@ -7,6 +7,7 @@
 #include <stdio.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <tovan/errexit.h>
 #include <tovan/execstr.h>
 #include <unistd.h>
 #include <set>
@@ -128,11 +129,19 @@ TEST(setstdfids, a_descriptor_that_is_not_open_is_fatal) {
         255, "test: forkcmmd() dup(2)" + text);
 }
 
-void leave_no_descriptor() {
-    struct rlimit limit = {3, 3};
+void limit_descriptors(rlim_t count) {
+    struct rlimit limit;
+    getrlimit(RLIMIT_NOFILE, &limit);
+    limit.rlim_cur = count;
     setrlimit(RLIMIT_NOFILE, &limit);
+}
+
+// None is left but 0, 1 and 2, until the process is about to end.
+void leave_no_descriptor() {
+    limit_descriptors(3);
     for (int n = 3; n < 400; n++)
         close(n);
+    set_exit_rtn([](int) { limit_descriptors(400); });
 }
 
 TEST(setstdfids, running_out_of_descriptors_is_fatal) {

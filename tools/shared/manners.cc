@@ -15,7 +15,8 @@ void tools::print_version() {
 }
 
 void tools::finish(int status) {
-    errno = 0;
+    // The errno of a write that failed long ago is not known any more.
+    errno = EIO;
     if (fflush(stdout) != 0 || ferror(stdout) != 0) {
         errexit("standard output: %s", syserr());
     }

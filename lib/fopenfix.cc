@@ -1,0 +1,51 @@
+// fopenfix.cc: streams that append.
+#include "fastout.h"
+
+#include "ident.h"
+
+#include <errno.h>
+#include <fcntl.h>
+#include <string.h>
+#include <unistd.h>
+
+namespace {
+
+// The flags of an append mode, or 0 for another mode.
+int append_flags(const char *mode) {
+    constexpr int append = O_CREAT | O_APPEND;
+    if (strcmp(mode, "a") == 0 || strcmp(mode, "ab") == 0)
+        return O_WRONLY | append;
+    if (strcmp(mode, "a+") == 0 || strcmp(mode, "a+b") == 0)
+        return O_RDWR | append;
+    return 0;
+}
+
+// The stream is the caller's, and so is what a child sees of it: no
+// close-on-exec, as with fopen.
+int open_to_append(const char *path, int flags) {
+    constexpr mode_t permissions = 0666;
+    int descriptor;
+    do {
+        descriptor = open(path, flags, permissions);
+    } while (descriptor == -1 && errno == EINTR);
+    return descriptor;
+}
+
+}  // namespace
+
+FILE *fopenfix(const char *path, const char *mode) {
+    int flags = append_flags(mode);
+    if (flags == 0) return fopen(path, mode);
+    int descriptor = open_to_append(path, flags);
+    if (descriptor == -1) return nullptr;
+    if ((flags & O_ACCMODE) == O_WRONLY) lseek(descriptor, 0, SEEK_END);
+    FILE *stream = fdopen(descriptor, mode);
+    if (stream == nullptr) {
+        int reason = errno;
+        close(descriptor);
+        errno = reason;
+    }
+    return stream;
+}
+
+TOVAN_IDENT(fopenfix, "8.4", "26/11/21")

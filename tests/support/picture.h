@@ -1,0 +1,36 @@
+// picture.h: the bytes that a page about a format shows.
+#ifndef TOVAN_TESTS_PICTURE_H
+#define TOVAN_TESTS_PICTURE_H
+
+#include "support/tree.h"
+
+#include <stdio.h>
+#include <sstream>
+#include <string>
+
+namespace support {
+
+// The file that the page's rows of hexadecimal bytes draw, such as
+//     0010:  00 23 ...  text
+// What lies between the rows is zero. The page's path starts at the root of
+// the sources.
+inline std::string pictured_bytes(const std::string &page) {
+    std::istringstream lines(read_file(TOVAN_SOURCE_DIR "/" + page));
+    std::string bytes;
+    for (std::string line; std::getline(lines, line);) {
+        unsigned offset = 0;
+        int read = 0;
+        if (sscanf(line.c_str(), "    %x:%n", &offset, &read) != 1) continue;
+        if (read == 0) continue;
+        bytes.resize(offset);
+        std::istringstream row(line.substr(static_cast<size_t>(read), 49));
+        for (unsigned byte; row >> std::hex >> byte;) {
+            bytes += static_cast<char>(byte);
+        }
+    }
+    return bytes;
+}
+
+}  // namespace support
+
+#endif

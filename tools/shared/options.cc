@@ -1,0 +1,65 @@
+// options.cc: flags of a command line.
+#include "shared/options.h"
+
+#include "shared/manners.h"
+
+#include <string.h>
+#include <tovan/usage.h>
+
+namespace {
+
+[[noreturn]] void explain() {
+    explflags();
+    tools::finish(0);
+}
+
+[[noreturn]] void show_version() {
+    tools::print_version();
+    tools::finish(0);
+}
+
+int long_letter(const char *word, const tools::long_flag *names) {
+    if (strcmp(word, "--help") == 0) explain();
+    if (strcmp(word, "--version") == 0) show_version();
+    for (; names != nullptr && names->name != nullptr; names++) {
+        if (strcmp(word, names->name) == 0) return names->letter;
+    }
+    usage("%s: invalid flag", word);
+}
+
+const char *take_value(tools::options *flags, const char *known) {
+    bool is_joined = *flags->rest != '\0' || known[2] == ':';
+    const char *value = is_joined ? flags->rest : *flags->next++;
+    if (value == nullptr) usage("-%c: value missing", *known);
+    flags->rest = nullptr;
+    return value;
+}
+
+int short_letter(tools::options *flags, const char *letters) {
+    char letter = *flags->rest++;
+    if (letter == 'x') explain();
+    const char *known = letter != ':' ? strchr(letters, letter) : nullptr;
+    if (known == nullptr) usage("-%c: invalid flag", letter);
+    if (known[1] == ':') flags->value = take_value(flags, known);
+    return letter;
+}
+
+}  // namespace
+
+tools::options tools::options_of(char **arguments) {
+    return {arguments, nullptr, nullptr};
+}
+
+int tools::next_flag(options *flags, const char *letters,
+                     const long_flag *names) {
+    if (flags->rest != nullptr && *flags->rest != '\0')
+        return short_letter(flags, letters);
+    flags->rest = nullptr;
+    const char *word = *flags->next;
+    if (word == nullptr || word[0] != '-' || word[1] == '\0') return 0;
+    flags->next++;
+    if (strcmp(word, "--") == 0) return 0;
+    if (word[1] == '-') return long_letter(word, names);
+    flags->rest = word + 1;
+    return short_letter(flags, letters);
+}

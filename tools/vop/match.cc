@@ -1,0 +1,28 @@
+// match.cc: a name against patterns, or a pattern against names.
+#include "vop/vop.h"
+
+#include <tovan/fmatch.h>
+
+namespace {
+
+constexpr const char *explanation[] = {
+    "Tells by its status whether a name matches one of several patterns.",
+    "Status 0 when one matches, 1 when none does.",
+    "",
+    "-rxp\t\tthe patterns are regular expressions",
+    "-exact\t\tthey are the names themselves",
+    "-reverse\tthe first argument is the pattern, the others are names",
+    "",
+    "Example: vop match main.c '*.{c,cc}' && echo a source",
+    nullptr,
+};
+
+int run(char **arguments) {
+    return patmatch(vop::raw_arguments(arguments, 1)) ? 0 : 1;
+}
+
+}  // namespace
+
+constinit const vop::command vop::match = {
+    "match", "match [-rxp | -exact] [-reverse] NAME PATTERN...", explanation,
+    ::run};
