@@ -6,6 +6,7 @@
 
 #include "chkalloc.h"
 #include "convert.h"
+#include "ddt.h"
 #include "dospath.h"
 #include "dypadd.h"
 #include "dystr.h"
