@@ -57,10 +57,7 @@ struct expansion {
     tovan::bracket_map brackets;
 };
 
-// The name of the variable that is being looked up. Filled by add_variable();
-// holds for that call; the block is kept for the next.
-constinit dy name_buffer{};
-constexpr int name_size = 64;  // most names fit without growth
+constexpr size_t usual_name_size = 64;  // names that need no block
 
 stretch *stretches(expansion *e) {
     return static_cast<stretch *>(e->waiting.data);
@@ -139,13 +136,25 @@ bool leave(expansion *e) {
     return true;
 }
 
+// The marker of an unset value survives every expansion.
+bool is_marker(const char *name, size_t length) {
+    constexpr char marker[] = "NotSet";
+    return length == sizeof marker - 1 && memcmp(name, marker, length) == 0;
+}
+
 void add_variable(const char *name, const char *end, dy *output) {
-    dyreuse(&name_buffer, name_size);
-    dyspan(&name_buffer, name, end);
-    if (strcmp(name_buffer.buffer, "NotSet") == 0) {
-        dystr(output, "@NotSet");  // the marker survives every expansion
+    auto length = static_cast<size_t>(end - name);
+    if (is_marker(name, length)) {
+        dystr(output, "@NotSet");
+    } else if (length < usual_name_size) {
+        char usual_name[usual_name_size];
+        memcpy(usual_name, name, length);
+        usual_name[length] = '\0';
+        add_value(usual_name, output);
     } else {
-        add_value(name_buffer.buffer, output);
+        dy *long_name = dyalloc();
+        add_value(dyspan(long_name, name, end), output);
+        dyfree(long_name);
     }
 }
 
