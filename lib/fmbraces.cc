@@ -1,0 +1,440 @@
+// fmbraces.cc: file-name patterns with braces, and their trace.
+#include "fmatch.h"
+
+#include "chkalloc.h"
+#include "ident.h"
+#include "private_error.h"
+#include "private_fmatch.h"
+#include "private_fmmemory.h"
+
+#include <stdio.h>
+#include <stdlib.h>
+#include <string.h>
+
+// A step matches a stretch of the pattern. Where it comes to a star or "{" it
+// ends, and leaves a choice behind: what to try next, one after the other,
+// each with the open braces of that moment. The choices form a stack of their
+// own; a step that fails goes on with the newest one. The first step that
+// comes to both ends succeeds, and with it everything.
+//
+// In "x{a,b*}y" the "{" leaves the choice {a | b*} and the position behind
+// "}", where both go on: "," and "}" jump there. "xay" comes through at once;
+// in "xby" the step of "a" fails and "b*" is tried, whose star leaves a choice
+// of the places where "}" and so "y" may go on.
+//
+// Tried in that order only, "{a,a}{a,a}{a,a}z" would take time exponential in
+// the number of braces. So once a match turns out long, steps that failed are
+// remembered: a star as a whole, and each step behind the end of a brace,
+// where the ways through its alternatives meet again. All stretches between
+// those are walked once for each position. A step that reported an error is
+// not remembered, since it has to report it again.
+
+using namespace tovan;
+
+constinit size_t tovan::brace_steps = 0;
+
+namespace {
+
+// Why a step was made: shown by the trace, above the level.
+enum step_mark {
+    first_step = 0,
+    by_alternative = 0x200,
+    by_single_star = 0x400,   // a star before "[", "?" or a backslash
+    by_brace_star = 0x600,    // a star before "{", or "," and "}" in braces
+    by_literal_star = 0x800,  // a star before any other character
+    end_of_brace = 0x1000,    // no step: failures are remembered here
+};
+
+constexpr size_t patience = 500;   // steps before failures are remembered
+constexpr size_t local_room = 16;  // choices that need no heap
+
+const text_pointer no_limit = reinterpret_cast<text_pointer>(UINTPTR_MAX);
+
+struct choice {
+    step_mark mark;
+    int level;             // of the step that left it
+    text_pointer pattern;  // what to try next; for a star, behind it
+    text_pointer limit;    // where no try is left for a star
+    text_pointer subject;  // where to try next
+    text_pointer start;    // where the choice was met
+    size_t reports;        // before it was left
+    brace_stack open;
+};
+
+const char *shown(text_pointer text) {
+    return text != nullptr ? reinterpret_cast<const char *>(text) : "NULL";
+}
+
+// What the two finders look at.
+constexpr byte_set sought("\\[{,}");
+
+// Behind the "}" of the brace whose "{" is behind `p`, or at the end of the
+// pattern.
+// Deliberate: a class ends at the next "[" here and at the next "]" in
+// next_alternative() (test class_ends_differ_in_the_two_finders).
+text_pointer close_of(text_pointer p) {
+    for (int depth = 0;;) {
+        while (!sought.holds[*p])
+            ++p;
+        switch (*p++) {
+            case '\0':
+                return p - 1;
+            case '\\':
+                p += *p != '\0';
+                break;
+            case '[':
+                p += *p == ']';
+                while (*p != '\0' && *p++ != '[') {
+                }
+                break;
+            case '{':
+                ++depth;
+                break;
+            case '}':
+                if (depth-- == 0) return p;
+        }
+    }
+}
+
+// Behind the next "," of this brace, or null. Its end is where the next
+// single "}" is seen from here, not where close_of() saw it.
+text_pointer next_alternative(text_pointer p) {
+    for (int depth = 0;;) {
+        while (!sought.holds[*p])
+            ++p;
+        switch (*p++) {
+            case '\0':
+                return nullptr;
+            case '\\':
+                p += *p != '\0';
+                break;
+            case '[':
+                p += *p == ']';
+                while (*p != '\0' && *p++ != ']') {
+                }
+                break;
+            case '{':
+                ++depth;
+                break;
+            case '}':
+                if (depth-- == 0) return nullptr;
+                break;
+            case ',':
+                if (depth == 0) return p;
+        }
+    }
+}
+
+// In braces all other bytes stand for themselves.
+constexpr byte_set special_in_braces("*?[\\{,}");
+
+// Matches literals; nowhere when one differs. What a step does here is
+// nothing that anyone could see, unless it is traced.
+place match_literals(text_pointer p, text_pointer f) {
+    for (; !special_in_braces.holds[*p]; ++p, ++f) {
+        if (*p != *f) return nowhere;
+    }
+    return {p, f};
+}
+
+step_mark mark_of_star(unsigned char next, bool inside) {
+    if (next == '[' || next == '?' || next == '\\') return by_single_star;
+    if (next == '{') return by_brace_star;
+    if (inside && (next == ',' || next == '}')) return by_brace_star;
+    return by_literal_star;
+}
+
+enum passed { go_on, stop, success };
+
+struct brace_matcher {
+    brace_matcher(text_pointer all, text_pointer p, text_pointer f,
+                  text_pointer first, bool is_traced)
+        : whole(all), origin(first), traced(is_traced), pattern(p), subject(f) {
+        open.depth = 0;
+    }
+
+    text_pointer whole;   // for messages
+    text_pointer origin;  // no place in the subject comes before it
+    bool traced;
+
+    // The step under way.
+    text_pointer pattern;
+    text_pointer subject;
+    brace_stack open;
+    int level = 0;
+    step_mark mark = first_step;
+
+    choice local[local_room];
+    choice *choices = local;
+    size_t count = 0;
+    size_t capacity = local_room;
+
+    size_t reports = 0;
+    size_t steps = 0;
+    bool remembering = false;
+    failure_memory memory = {};
+
+    bool run();
+    bool walk();
+    passed pass_special();
+    place alternative_from(text_pointer p, text_pointer f) const;
+    passed enter_brace();
+    passed leave_brace();
+    passed meet_star();
+    passed finish_plainly();
+    passed leave_choice(step_mark why, text_pointer p, text_pointer f,
+                        text_pointer limit);
+    void grow_choices();
+    bool next_try();
+    bool try_alternative(choice *newest);
+    bool try_place(choice *newest);
+    void remember(const choice &spent);
+    text_pointer close_below(int levels) const;
+    void report_close();
+    void trace(const char *sign) const;
+
+    size_t offset(text_pointer position) const {
+        return static_cast<size_t>(position - origin);
+    }
+};
+
+// The close of the innermost brace, or of one further out; null: none is open.
+text_pointer brace_matcher::close_below(int levels) const {
+    int slot = open.depth - 1 - levels;
+    return slot >= 0 ? close_of(open.inside[slot]) : nullptr;
+}
+
+// Chosen: levels beyond 0x1ff keep their low bits only, so that the mark can
+// always be read.
+void brace_matcher::trace(const char *sign) const {
+    for (int i = 0; i < level; ++i)
+        fputs("  ", stderr);
+    tovan::error("%s%04o: %d: p=%s; f=%s; pc=%s", sign,
+                 static_cast<unsigned>(mark + (level & 0x1ff)), open.depth,
+                 shown(pattern), shown(subject), shown(close_below(0)));
+}
+
+void brace_matcher::report_close() {
+    tovan::error("p=%s; pc=%s, stk=%s", shown(pattern), shown(close_below(0)),
+                 shown(close_below(1)));
+    tovan::error("Whoops: logic error in fmatch for pattern '%s'",
+                 shown(whole));
+    ++reports;
+}
+
+void brace_matcher::grow_choices() {
+    size_t bytes = count * sizeof *choices;
+    if (choices == local) {
+        choices = static_cast<choice *>(chkalloc(2 * bytes));
+        memcpy(choices, local, bytes);
+    } else {
+        choices = static_cast<choice *>(chkrealloc(choices, 2 * bytes));
+    }
+    capacity = 2 * count;
+}
+
+// Ends the step.
+passed brace_matcher::leave_choice(step_mark why, text_pointer p,
+                                   text_pointer f, text_pointer limit) {
+    if (count == capacity) grow_choices();
+    choice *left = &choices[count++];
+    left->mark = why;
+    left->level = level;
+    left->pattern = p;
+    left->subject = f;
+    left->start = subject;
+    left->limit = limit;
+    left->reports = reports;
+    left->open.copy(open);
+    return stop;
+}
+
+// The first alternative from `p` on that does not fail over its first
+// literals; the result stands behind them, or nowhere.
+place brace_matcher::alternative_from(text_pointer p, text_pointer f) const {
+    for (; p != nullptr; p = next_alternative(p)) {
+        if (traced) return {p, f};
+        place at = match_literals(p, f);
+        if (at.pattern != nullptr) return at;
+    }
+    return nowhere;
+}
+
+passed brace_matcher::enter_brace() {
+    if (open.depth == deepest) {
+        tovan::error("{} nesting too deep in %s", shown(whole));
+        ++reports;
+        return stop;
+    }
+    text_pointer inside = pattern + 1;
+    place first = alternative_from(inside, subject);
+    if (first.pattern == nullptr) return stop;
+    open.inside[open.depth++] = inside;
+    if (traced) return leave_choice(by_alternative, inside, subject, no_limit);
+    place other = alternative_from(next_alternative(first.pattern), subject);
+    if (other.pattern != nullptr)
+        leave_choice(by_alternative, other.pattern, other.subject, no_limit);
+    pattern = first.pattern;
+    subject = first.subject;
+    return go_on;
+}
+
+// At "," or "}": behind the brace all its alternatives go on alike.
+passed brace_matcher::leave_brace() {
+    text_pointer close = close_below(0);
+    if (*pattern == '}' && pattern + 1 != close) {
+        report_close();
+        return stop;
+    }
+    pattern = close;
+    --open.depth;
+    if (!remembering) return go_on;
+    if (memory.step_fails(pattern, open, offset(subject))) return stop;
+    leave_choice(end_of_brace, pattern, subject, subject);
+    return go_on;
+}
+
+// A star at depth 0 behind which no brace comes any more.
+passed brace_matcher::finish_plainly() {
+    if (match_stars(whole, pattern, subject)) return success;
+    steps += strlen(shown(subject));
+    if (remembering) memory.add_star(pattern, open, offset(subject));
+    return stop;
+}
+
+passed brace_matcher::meet_star() {
+    while (*pattern == '*')
+        ++pattern;
+    if (*pattern == '\0') return success;
+    text_pointer limit = no_limit;
+    if (remembering) {
+        size_t at = memory.star_fails_from(pattern, open);
+        if (offset(subject) >= at) return stop;
+        if (at != SIZE_MAX) limit = origin + at;
+    }
+    bool inside = open.depth > 0;
+    if (!inside && !traced && strchr(shown(pattern), '{') == nullptr)
+        return finish_plainly();
+    return leave_choice(mark_of_star(*pattern, inside), pattern, subject,
+                        limit);
+}
+
+passed brace_matcher::pass_special() {
+    unsigned char c = *pattern;
+    if (c == '*') return meet_star();
+    if (c == '{') return enter_brace();
+    if (open.depth > 0 && (c == ',' || c == '}')) return leave_brace();
+    if (*subject == '\0') return stop;
+    ++pattern;
+    if (c == '[') {
+        pattern = past_holding_class(pattern, *subject);
+        if (pattern == nullptr) return stop;
+    } else if (c != '?') {
+        if (c == '\\' && *pattern != '\0') c = *pattern++;
+        if (*subject != c) return stop;
+    }
+    ++subject;
+    return go_on;
+}
+
+// One step, until it succeeds, fails, or leaves a choice.
+bool brace_matcher::walk() {
+    if (traced) trace("");
+    for (unsigned char c; (c = *pattern) != '\0'; ++steps) {
+        if (traced) trace("-");
+        if (!special_in_braces.holds[c]) {
+            if (*subject != c) return false;
+            ++pattern;
+            ++subject;
+            continue;
+        }
+        passed result = pass_special();
+        if (result != go_on) return result == success;
+    }
+    return *subject == '\0';
+}
+
+bool brace_matcher::try_alternative(choice *newest) {
+    if (newest->pattern == nullptr) return false;
+    pattern = newest->pattern;
+    subject = newest->subject;
+    place other = alternative_from(next_alternative(pattern), newest->start);
+    newest->pattern = other.pattern;
+    newest->subject = other.subject;
+    return true;
+}
+
+bool brace_matcher::try_place(choice *newest) {
+    bool literal = newest->mark == by_literal_star;
+    for (text_pointer next = newest->subject;; ++next, ++steps) {
+        if (literal) next = find_byte(next, *newest->pattern);
+        if (next == nullptr || next >= newest->limit) return false;
+        if (*next == '\0') {
+            if (newest->mark != by_brace_star) return false;
+            newest->limit = next;  // this is the last try
+        }
+        place at = {newest->pattern + literal, next + literal};
+        if (!traced) at = match_literals(at.pattern, at.subject);
+        if (at.pattern == nullptr) continue;
+        newest->subject = next + 1;
+        pattern = at.pattern;
+        subject = at.subject;
+        return true;
+    }
+}
+
+// All tries of a choice have failed.
+void brace_matcher::remember(const choice &spent) {
+    if (spent.reports != reports || spent.mark == by_alternative) return;
+    size_t at = offset(spent.start);
+    if (spent.mark == end_of_brace) {
+        memory.add_step(spent.pattern, spent.open, at);
+    } else {
+        memory.add_star(spent.pattern, spent.open, at);
+    }
+}
+
+// Starts the next step; false when there is nothing left to try.
+bool brace_matcher::next_try() {
+    for (; count > 0; --count) {
+        choice *newest = &choices[count - 1];
+        bool found = newest->mark == by_alternative ? try_alternative(newest)
+                                                    : try_place(newest);
+        if (found) {
+            open.copy(newest->open);
+            level = newest->level + 1;
+            mark = newest->mark;
+            remembering = ++steps > patience && !traced;
+            return true;
+        }
+        if (remembering) remember(*newest);
+    }
+    return false;
+}
+
+[[gnu::flatten]] bool brace_matcher::run() {
+    bool matches = walk();
+    while (!matches && next_try())
+        matches = walk();
+    if (choices != local) free(choices);
+    memory.release();
+    brace_steps = steps;
+    return matches;
+}
+
+}  // namespace
+
+bool tovan::match_braces(text_pointer whole, text_pointer p, text_pointer f,
+                         text_pointer again_p, text_pointer again_f) {
+    if (again_p == nullptr) return brace_matcher(whole, p, f, f, false).run();
+    brace_matcher matcher(whole, p, f, again_f, false);
+    matcher.leave_choice(mark_of_star(*again_p, false), again_p, again_f,
+                         no_limit);
+    return matcher.run();
+}
+
+bool tovan::match_traced(text_pointer whole, text_pointer f) {
+    return brace_matcher(whole, whole, f, f, true).run();
+}
+
+TOVAN_IDENT(fmbraces, "8.4", "26/11/21")
