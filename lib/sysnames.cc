@@ -36,9 +36,9 @@ constexpr int text_room = 120;
 // A value that is left to the default.
 constexpr char open_value[] = "^";
 
-// The names of this host. The system's part is filled by the first search,
-// the record by the first match; both hold for the process. Line and words
-// are kept, because the record points into them.
+// The host and the search. The system's part is filled by the first search,
+// the rest by each one until a line matches; then it holds for the process,
+// because the record points into it.
 struct sysnames_state {
     const char *table;  // the tool's own; null: the installation's
     struct utsname system;
@@ -54,27 +54,11 @@ struct sysnames_state {
 };
 constinit sysnames_state names{};
 
-constexpr char *name_of_field(const char *text) {
-    return const_cast<char *>(text);
-}
+constexpr const char *field_names[fields] = {
+    "Name", "SysVrs", "Base", "OS", "Release", "CPU", "Config", "Platform"};
 
-// The values, then the names, as sysnames() gives them.
-constinit char *record[2 * fields] = {nullptr,
-                                      nullptr,
-                                      nullptr,
-                                      nullptr,
-                                      nullptr,
-                                      nullptr,
-                                      nullptr,
-                                      nullptr,
-                                      name_of_field("Name"),
-                                      name_of_field("SysVrs"),
-                                      name_of_field("Base"),
-                                      name_of_field("OS"),
-                                      name_of_field("Release"),
-                                      name_of_field("CPU"),
-                                      name_of_field("Config"),
-                                      name_of_field("Platform")};
+// The values, then the names; filled by the first match, for the process.
+constinit char *record[2 * fields]{};
 
 void ask_system() {
     if (names.system_name != nullptr) return;
@@ -164,6 +148,7 @@ void fill_record() {
     for (int i = 0; i < fields; ++i) {
         bool given = i + 1 < names.words.count;
         record[i] = const_cast<char *>(given ? word(i + 1) : open_value);
+        record[fields + i] = const_cast<char *>(field_names[i]);
     }
     set_sys_defl(os, names.system_name);
     set_sys_defl(release, names.system_release);
