@@ -3,6 +3,7 @@
 #include "support/doc.h"
 #include "support/tree.h"
 
+#include <dlfcn.h>
 #include <errno.h>
 #include <gtest/gtest.h>
 #include <string.h>
@@ -18,6 +19,7 @@ namespace {
 std::string host_name = "mill";
 int host_questions = 0;
 int system_questions = 0;
+bool fdopen_fails = false;
 
 }  // namespace
 
@@ -36,6 +38,16 @@ int uname(struct utsname *host) noexcept {
     strcpy(host->release, "2");
     strcpy(host->machine, "pdp11");
     return 0;
+}
+
+FILE *fdopen(int descriptor, const char *mode) noexcept {
+    if (fdopen_fails) {
+        errno = ENOMEM;
+        return nullptr;
+    }
+    using opener = FILE *(*)(int, const char *);
+    static auto real = reinterpret_cast<opener>(dlsym(RTLD_NEXT, "fdopen"));
+    return real(descriptor, mode);
 }
 
 }  // extern "C"
@@ -206,15 +218,31 @@ TEST(load_mappings, a_nul_before_a_blank_makes_no_empty_from_path) {
     EXPECT_NE(all.find("M /c /d\n"), std::string::npos) << all;
 }
 
+// The lowest descriptor that is free.
+int free_descriptor() {
+    int descriptor = dup(0);
+    close(descriptor);
+    return descriptor;
+}
+
 TEST(load_mappings, closes_the_file) {
     support::write_file("f", "/a /b\n");
-    int before = dup(0);
-    close(before);
+    int before = free_descriptor();
     for (int i = 0; i < 10; ++i)
         load_mappings("f", 1);
-    int after = dup(0);
-    EXPECT_EQ(after, before);
-    close(after);
+    EXPECT_EQ(free_descriptor(), before);
+}
+
+TEST(load_mappings, a_stream_that_cannot_be_made_is_as_no_file) {
+    support::write_file("f", "/a /b\n");
+    int before = free_descriptor();
+    std::string text = support::stderr_of([] {
+        fdopen_fails = true;
+        load_mappings("f", 1);
+        fdopen_fails = false;
+    });
+    EXPECT_EQ(text, std::string("f: cannot open (") + strerror(ENOMEM) + ")\n");
+    EXPECT_EQ(free_descriptor(), before);
 }
 
 TEST(load_mappings, conditions_hold_to_the_next_one) {
