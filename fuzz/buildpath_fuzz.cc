@@ -3,6 +3,7 @@
 // ended by a NUL.
 #include "fuzz.h"
 
+#include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
 #include <tovan/findfile.h>
@@ -15,6 +16,13 @@ std::string take_text(std::string *input) {
     std::string text = input->substr(0, end);
     input->erase(0, end == std::string::npos ? end : end + 1);
     return text;
+}
+
+// setenv() would keep every value that it ever saw.
+void set_variable(const std::string &value) {
+    static char variable[8192];
+    snprintf(variable, sizeof variable, "V=%s", value.c_str());
+    putenv(variable);
 }
 
 // Expansion leaves elements without separators or empty ones.
@@ -31,10 +39,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size);
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     static dy output;
     std::string input(reinterpret_cast<const char *>(data), size);
-    // setenv() would keep every value that it ever saw.
-    static std::string variable;
-    variable = "V=" + take_text(&input);
-    putenv(variable.data());
+    set_variable(take_text(&input));
     std::string path = take_text(&input);
     std::string file = take_text(&input);
     bool expands = fuzz::survives([&] { buildpath(&output, path.c_str()); });

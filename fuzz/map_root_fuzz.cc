@@ -5,11 +5,10 @@
 #include "../lib/add_map.cc"
 
 #include "fuzz.h"
+#include "memory_file.h"
 
-#include <sys/mman.h>
 #include <tovan/dospath.h>
 #include <tovan/sysnames.h>
-#include <unistd.h>
 
 extern "C" int gethostname(char *name, size_t size) noexcept {
     snprintf(name, size, "mill");
@@ -24,19 +23,6 @@ char **sysnames(int, char **) {
 }
 
 namespace {
-
-const char *map_file() {
-    static int descriptor = memfd_create("maps", 0);
-    static std::string name = "/proc/self/fd/" + std::to_string(descriptor);
-    return name.c_str();
-}
-
-void write_maps(const std::string &content) {
-    if (truncate(map_file(), 0) != 0) abort();
-    FILE *file = fopen(map_file(), "w");
-    fwrite(content.data(), 1, content.size(), file);
-    fclose(file);
-}
 
 void drop_records() {
     maprec *records = tovan::mapping_records();
@@ -88,8 +74,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     load_rootmaps();
     drop_records();
     std::string path = input.c_str();
-    write_maps(input.substr(std::min(path.size() + 1, input.size())));
-    load_mappings(map_file(), 1);
+    size_t start = std::min(path.size() + 1, size);
+    load_mappings(fuzz::memory_file(data + start, size - start), 1);
     check_records();
     convert(path.c_str());
     return 0;

@@ -4,24 +4,9 @@
 #include "../lib/sysnames.cc"
 
 #include "fuzz.h"
-
-#include <sys/mman.h>
-#include <unistd.h>
+#include "memory_file.h"
 
 namespace {
-
-const char *table_file() {
-    static int descriptor = memfd_create("table", 0);
-    static std::string name = "/proc/self/fd/" + std::to_string(descriptor);
-    return name.c_str();
-}
-
-void write_table(const uint8_t *data, size_t size) {
-    if (truncate(table_file(), 0) != 0) abort();
-    FILE *file = fopen(table_file(), "w");
-    fwrite(data, 1, size, file);
-    fclose(file);
-}
 
 void forget_match() {
     names.matched = false;
@@ -41,9 +26,8 @@ void check_record(char **found) {
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size);
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
-    write_table(data, size);
-    setsysnamestab(table_file());
-    for (int flags : {1, 4, 0}) {
+    setsysnamestab(fuzz::memory_file(data, size));
+    for (int flags : {1, 4}) {
         forget_match();
         char **found = nullptr;
         bool ended = !fuzz::survives([&] { found = sysnames(flags, nullptr); });
