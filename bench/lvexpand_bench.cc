@@ -188,16 +188,18 @@ void nested_calls(benchmark::State &state) {
 }
 BENCHMARK(nested_calls)
     ->Name("law/nested-calls")
-    ->RangeMultiplier(2)
-    ->Range(12'500, 100'000);
+    ->Arg(25'000)
+    ->Arg(50'000)
+    ->Arg(100'000);
 
 void nested_subscripts(benchmark::State &state) {
     expand_nested(state, "@X[", "]");
 }
 BENCHMARK(nested_subscripts)
     ->Name("law/nested-subscripts")
-    ->RangeMultiplier(2)
-    ->Range(12'500, 100'000);
+    ->Arg(25'000)
+    ->Arg(50'000)
+    ->Arg(100'000);
 
 void long_text(benchmark::State &state) {
     shop();
@@ -211,8 +213,9 @@ void long_text(benchmark::State &state) {
 }
 BENCHMARK(long_text)
     ->Name("law/long-text")
-    ->RangeMultiplier(2)
-    ->Range(megabyte, 8 * megabyte);
+    ->Arg(2 * megabyte)
+    ->Arg(4 * megabyte)
+    ->Arg(8 * megabyte);
 
 }  // namespace
 
