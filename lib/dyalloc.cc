@@ -3,6 +3,7 @@
 
 #include "chkalloc.h"
 #include "ident.h"
+#include "private_room.h"
 
 #include <stdlib.h>
 
@@ -27,6 +28,14 @@ void refill() {
     }
 }
 
+// The block has room for one step of growth already: a string that needs it
+// loses its buffer in dyfree(), and would be reallocated each time.
+void give_buffer(dy *string) {
+    auto size = static_cast<size_t>(pool.initial) + tovan::string_step;
+    string->buffer = static_cast<char *>(chkalloc(size));
+    string->capacity = pool.initial;
+}
+
 }  // namespace
 
 dy *dyalloc(void) {
@@ -34,8 +43,11 @@ dy *dyalloc(void) {
     dy *string = pool.spare;
     pool.spare = string->next;
     string->next = nullptr;
-    // The buffer that it kept, whatever its size.
-    return dyreuse(string, string->capacity != 0 ? 0 : pool.initial);
+    string->length = 0;
+    string->marker = 1;
+    if (string->capacity == 0) give_buffer(string);
+    string->buffer[0] = '\0';
+    return string;
 }
 
 void dyfree(dy *string) {

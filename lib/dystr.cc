@@ -24,13 +24,13 @@ char *start_empty(dy *string, int size) {
     return string->buffer;
 }
 
-// Runs of up to 16 bytes as two loads and two stores that may overlap: a
-// call would cost more than the copy.
-[[gnu::always_inline]] inline void copy_run(char *to, const char *from,
-                                            size_t n) {
-    if (n > 16) {
-        memcpy(to, from, n);
-    } else if (n >= 8) {
+constexpr size_t short_run = 16;
+
+// Up to 16 bytes as two loads and two stores that may overlap: a call would
+// cost more than the copy.
+[[gnu::always_inline]] inline void copy_short(char *to, const char *from,
+                                              size_t n) {
+    if (n >= 8) {
         memcpy(to, from, 8);
         memcpy(to + n - 8, from + n - 8, 8);
     } else if (n >= 4) {
@@ -43,13 +43,32 @@ char *start_empty(dy *string, int size) {
     }
 }
 
+bool has_room(const dy *string, size_t n) {
+    return static_cast<size_t>(string->length) + n <
+           static_cast<size_t>(string->capacity);
+}
+
+char *terminate(dy *string, size_t length) {
+    string->length = static_cast<int>(length);
+    string->buffer[length] = '\0';
+    return string->buffer;
+}
+
+[[gnu::noinline]] char *append_any(dy *string, const char *bytes, size_t n) {
+    if (!has_room(string, n)) bytes = tovan::grow_string_for(string, bytes, n);
+    auto length = static_cast<size_t>(string->length);
+    memcpy(string->buffer + length, bytes, n);
+    return terminate(string, length + n);
+}
+
+// Calls nothing but as its last step, so that no register has to be saved.
 [[gnu::always_inline]] inline char *append(dy *string, const char *bytes,
                                            size_t n) {
-    size_t length = static_cast<size_t>(string->length);
-    if (length + n >= static_cast<size_t>(string->capacity)) [[unlikely]]
-        bytes = tovan::grow_string_for(string, bytes, n);
+    if (n > short_run || !has_room(string, n))
+        return append_any(string, bytes, n);
+    auto length = static_cast<size_t>(string->length);
     char *buffer = string->buffer;
-    copy_run(buffer + length, bytes, n);
+    copy_short(buffer + length, bytes, n);
     string->length = static_cast<int>(length + n);
     buffer[length + n] = '\0';
     return buffer;
@@ -153,9 +172,7 @@ char *dypadc(dy *string, int character, int column) {
                static_cast<size_t>(column - length));
         length = column;
     }
-    string->length = length;
-    buffer[length] = '\0';
-    return buffer;
+    return terminate(string, static_cast<size_t>(length));
 }
 
 TOVAN_IDENT(dystr, "8.4", "26/11/21")

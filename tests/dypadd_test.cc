@@ -1,11 +1,14 @@
 // dypadd_test.cc: growing pointer arrays and their spare records.
+#include "support/child.h"
 #include "support/records.h"
 
 #include <gtest/gtest.h>
 #include <limits.h>
+#include <signal.h>
 #include <stdlib.h>
 #include <tovan/dypadd.h>
 #include <algorithm>
+#include <functional>
 #include <random>
 #include <string>
 #include <vector>
@@ -185,6 +188,22 @@ TEST(dypseti, inside_the_array_nothing_else_changes) {
     owned_array array(3, 4);
     dypseti(&array, "z", 2);
     EXPECT_ARRAY(array, "abz", 4);
+}
+
+TEST(dypadd, a_count_beyond_2_31_ends_as_out_of_memory) {
+    dyp array = {INT_MAX - 1, 0, nullptr, INT_MAX,
+                 static_cast<void **>(malloc(16))};
+    for (const std::function<void()> &grow : {
+             std::function<void()>([&] { dypadd(&array, "x"); }),
+             std::function<void()>([&] { dypinsert(&array, "x", 0); }),
+             std::function<void()>([&] { dypseti(&array, "x", INT_MAX - 1); }),
+             std::function<void()>([&] { dypseti(&array, "x", INT_MAX); }),
+         }) {
+        support::outcome end = support::in_child(grow);
+        EXPECT_EQ(end.signal, SIGABRT);
+        EXPECT_EQ(end.err, "test: Ran out of memory\n");
+    }
+    free(array.array);
 }
 
 TEST(dypflist, gives_an_empty_array_of_seven_slots) {

@@ -8,6 +8,7 @@
 #include <stdlib.h>
 #include <string.h>
 #include <tovan/dystr.h>
+#include <unistd.h>
 #include <random>
 
 using support::owned_string;
@@ -289,6 +290,43 @@ TEST(dypadc, makes_room_for_a_nul_too) {
     owned_string string("abc", 4);
     dypadc(&string, 0, 100);
     EXPECT_STRING(string, "abc", 132);
+}
+
+void expect_out_of_memory(const std::function<void()> &body) {
+    support::outcome end = support::in_child(body);
+    EXPECT_EQ(end.signal, SIGABRT);
+    EXPECT_EQ(end.err, "test: Ran out of memory\n");
+}
+
+// As long as a string can be. Its block is small: what grows it must end
+// before it touches anything.
+dy longest() {
+    return {INT_MAX - 1, 1, nullptr, INT_MAX, static_cast<char *>(malloc(16))};
+}
+
+TEST(dystr, a_length_beyond_2_31_bytes_ends_as_out_of_memory) {
+    dy string = longest();
+    char bytes[2] = "x";
+    expect_out_of_memory([&] { dystr(&string, bytes); });
+    expect_out_of_memory([&] { dynstr(&string, bytes, 1); });
+    expect_out_of_memory([&] { dynstr(&string, bytes, INT_MAX); });
+    expect_out_of_memory([&] { dyspan(&string, bytes, bytes + 1); });
+    expect_out_of_memory([&] { dyaddc(&string, 'x'); });
+    expect_out_of_memory([&] { dypadc(&string, 'x', INT_MAX); });
+    expect_out_of_memory([&] { dyinsert(&string, 0, bytes, 1); });
+    expect_out_of_memory([&] { dygrow(&string, 1); });
+    free(string.buffer);
+}
+
+// The capacity stops at 2^31-1, and the string may use all of it.
+TEST(dystr, the_last_step_of_growth_is_cut) {
+    support::outcome end = support::in_child([] {
+        dy string = {INT_MAX - 50, 1, nullptr, INT_MAX - 49,
+                     static_cast<char *>(malloc(INT_MAX))};
+        dynstr(&string, "0123456789", 10);
+        _exit(string.capacity != INT_MAX || string.length != INT_MAX - 40);
+    });
+    EXPECT_EQ(end.exit_status, 0) << end.err;
 }
 
 // The same appends on a record and on a plain string, the capacity by the
