@@ -11,8 +11,8 @@
 //     a \0 b \0 \n \n \n     behind a NUL: fill; the input ended after 3
 //     a \0 b c  d  e  \0     none: the piece is full; 6 bytes stored
 //
-// Pieces double in size, so that filling costs no more than reading, whatever
-// room a long line before this one has left.
+// The first piece is small, and each is twice as large as the one before: so
+// filling costs no more than reading, whatever room a long line has left.
 #include "getdylin.h"
 
 #include "ident.h"
@@ -25,7 +25,8 @@ namespace {
 constexpr int control_z = 26;
 constexpr int new_line_size = 56;
 constexpr int new_appended_size = 120;
-constexpr int first_piece = 256;
+constexpr int least_piece = 64;
+constexpr int most_at_first = 512;
 constexpr int largest_piece = 1 << 20;
 
 struct piece {
@@ -35,9 +36,9 @@ struct piece {
 
 // A line on its way into a string.
 struct fetched {
-    char *block;     // the string's, or what it moved to
-    int64_t start;   // the string's length before
-    int64_t length;  // with the line behind it
+    char *block;  // the string's, or what it moved to
+    int start;    // the string's length before
+    int length;   // with the line behind it
 };
 
 // Reads up to `size` - 1 bytes to `place`, which has room for `size`.
@@ -63,18 +64,34 @@ bool skip_blanks(FILE *stream) {
     return character != EOF && ungetc(character, stream) != EOF;
 }
 
+char *with_room(char *block, int size) {
+    return static_cast<char *>(
+        tovan::make_room(block, static_cast<size_t>(size)));
+}
+
+// The first piece is what the capacity has room for, if that is not too
+// little: the length of lines before this one, and no question to the
+// allocator.
+int first_piece(const dy *line) {
+    int room = line->capacity - line->length;
+    return room < least_piece     ? least_piece
+           : room > most_at_first ? most_at_first
+                                  : room;
+}
+
 // Fetches a line, its newline included, behind what the string holds.
 fetched fetch_line(FILE *stream, const dy *line) {
-    char *block = line->capacity != 0 ? line->buffer : nullptr;
-    fetched text = {block, line->length, line->length};
-    for (int size = first_piece;; size *= 2) {
+    fetched text = {line->capacity != 0 ? line->buffer : nullptr, line->length,
+                    line->length};
+    for (int size = first_piece(line);; size *= 2) {
         if (size > largest_piece) size = largest_piece;
-        auto needed = static_cast<size_t>(text.length + size);
-        text.block = static_cast<char *>(tovan::make_room(text.block, needed));
-        piece got = read_piece(stream, text.block + text.length, size);
+        int64_t length = text.length;
+        int end = tovan::limited_capacity(length + size, length + 2);
+        if (end > line->capacity) text.block = with_room(text.block, end);
+        piece got =
+            read_piece(stream, text.block + text.length, end - text.length);
         text.length += got.stored;
         if (got.is_last) return text;
-        tovan::limited_capacity(text.length, text.length + 1);
     }
 }
 
@@ -86,13 +103,17 @@ bool drop_last(fetched *text, char character) {
     return true;
 }
 
-// The capacity of a string to which characters were appended one by one until
-// there were `length`.
-int capacity_after(int capacity, int64_t length) {
-    if (length < capacity) return capacity;
-    int64_t steps = (length - capacity) / tovan::string_step + 1;
-    return tovan::limited_capacity(capacity + steps * tovan::string_step,
-                                   length + 1);
+// Makes the block the string's buffer, with the capacity of a string to which
+// the characters were added one by one.
+void keep_block(dy *line, fetched *text) {
+    if (text->length >= line->capacity) {
+        int64_t steps = (text->length - line->capacity) / tovan::string_step;
+        line->capacity = tovan::limited_capacity(
+            line->capacity + (steps + 1) * tovan::string_step,
+            int64_t{text->length} + 1);
+        text->block = with_room(text->block, line->capacity);
+    }
+    line->buffer = text->block;
 }
 
 }  // namespace
@@ -101,15 +122,12 @@ char *readdyline(FILE *stream, dy *line, int skip) {
     if (skip && !skip_blanks(stream)) return nullptr;
     fetched text = fetch_line(stream, line);
     bool has_newline = drop_last(&text, '\n');
-    line->capacity = capacity_after(line->capacity, text.length);
-    auto size = static_cast<size_t>(line->capacity);
-    line->buffer = static_cast<char *>(tovan::make_room(text.block, size));
-    text.block = line->buffer;
+    keep_block(line, &text);
     if (!has_newline) drop_last(&text, control_z);
     // Chosen: a carriage return alone is an empty line, not the end.
     bool is_end = !has_newline && text.length == text.start;
     drop_last(&text, '\r');
-    line->length = static_cast<int>(text.length);
+    line->length = text.length;
     line->buffer[line->length] = '\0';
     return is_end ? nullptr : line->buffer;
 }
