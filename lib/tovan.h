@@ -31,6 +31,7 @@
 #include "simplify.h"
 #include "strutil.h"
 #include "sysnames.h"
+#include "testdrvr.h"
 #include "trait.h"
 #include "usage.h"
 #include "wait4pid.h"

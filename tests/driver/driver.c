@@ -1,0 +1,102 @@
+// driver.c: a test program on the driver: functions of the library under the
+// arguments that its user gives, or under some of its own.
+#include <stdio.h>
+#include <stdlib.h>
+#include <string.h>
+#include <tovan/tovan.h>
+
+// What the tests return when they fail: bits, so that the status of the
+// program tells which did.
+enum { wrong_number = 1, wrong_words = 2, no_match = 4 };
+
+const char *progdesc = "Tries functions of libtovan on arguments.";
+
+static char **given_or(int argc, char **argv, char **others) {
+    return argc > 1 ? argv + 1 : others;
+}
+
+static int try_numbers(int argc, char **argv) {
+    static char *own[] = {"0", "-1", "2147483647", "-2147483648", NULL};
+    int result = 0;
+    for (char **text = given_or(argc, argv, own); *text != NULL; text++) {
+        char back[12];
+        itoa(atoin(*text, 12), back, 10);
+        printf("%s\n", back);
+        if (strcmp(back, *text) != 0) result = wrong_number;
+    }
+    return result;
+}
+
+// The words with one blank between two of them.
+static char *joined(const dyp *words, dy *text) {
+    dyreuse(text, 0);
+    for (int i = 0; i < words->count; i++) {
+        dyaddspace(text);
+        dystr(text, words->array[i]);
+    }
+    return text->buffer;
+}
+
+static int try_words(int argc, char **argv) {
+    static char *own[] = {"", "one", "one two  \tthree\n", NULL};
+    int result = 0;
+    dyp words = {0};
+    dyp again = {0};
+    dy text = {0};
+    dy text_again = {0};
+    for (char **line = given_or(argc, argv, own); *line != NULL; line++) {
+        dypreuse(&words);
+        dypreuse(&again);
+        dypsplit(&words, *line, 1);
+        printf("%d: %s\n", words.count, joined(&words, &text));
+        dypsplit(&again, text.buffer, 1);
+        if (strcmp(joined(&again, &text_again), text.buffer) != 0)
+            result = wrong_words;
+    }
+    free(words.array);
+    free(again.array);
+    free(text.buffer);
+    free(text_again.buffer);
+    return result;
+}
+
+static int try_match(int argc, char **argv) {
+    static char *own[] = {"main.c", "*.{c,h}", NULL};
+    const char *const *words = (const char *const *)given_or(argc, argv, own);
+    return patmatch(words) ? 0 : no_match;
+}
+
+static int fail(int argc, char **argv) {
+    return argc > 1 ? atoi(argv[1]) : 0;
+}
+
+__extension__ static const testrec numbers = {
+    "numbers",
+    NULL,
+    try_numbers,
+    {"Reads and writes numbers.", "numbers [NUMBER...]",
+     "Each must come back as it was written; result 1 otherwise.", NULL}};
+
+__extension__ static const testrec words = {
+    "words",
+    NULL,
+    try_words,
+    {"Splits lines into words.", "words [LINE...]",
+     "The words, joined, must split the same way; result 2 otherwise.", NULL}};
+
+__extension__ static const testrec match = {
+    "match",
+    NULL,
+    try_match,
+    {"Matches a name.", "match [-rxp | -exact] [-reverse] [NAME PATTERN...]",
+     "Result 4 when no pattern matches.", NULL}};
+
+__extension__ static const testrec failing = {
+    "fail", NULL, fail, {"Fails on request.", "fail [RESULT]", NULL}};
+
+static const testrec *const tests[] = {&numbers, &words, &match, &failing,
+                                       NULL};
+
+int main(int argc, char **argv) {
+    return testdriver(argc, argv, tests);
+}
