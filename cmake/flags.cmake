@@ -26,3 +26,7 @@ if(TOVAN_FUZZ)
     -fno-sanitize=vptr -fno-sanitize-recover=all)
   add_link_options(-fsanitize=address,undefined)
 endif()
+
+# What links the library as C must not get the C++ run-time library from
+# CMake; programs in C++ get it from their own compiler driver.
+set(CMAKE_CXX_IMPLICIT_LINK_LIBRARIES "")
