@@ -93,6 +93,15 @@ TEST_F(lvexpand_rules, a_name_is_the_longest_run_of_name_characters) {
     });
 }
 
+TEST(lvexpand, names_may_have_any_length) {
+    for (size_t length : {1, 62, 63, 64, 65, 200, 5000}) {
+        std::string name(length, 'n');
+        support::load_variables({{name, "v"}, {name + "[a]", "va"}});
+        EXPECT_EQ(expansion_of("@" + name + ".@" + name + "n."), "v..");
+        EXPECT_EQ(expansion_of("@" + name + "[a]"), "va");
+    }
+}
+
 TEST_F(lvexpand_rules, a_value_is_not_expanded_again) {
     EXPECT_EQ(expansion_of("@Reference"), "@A@(empty)");
 }
