@@ -1,6 +1,7 @@
 // sfixfile_test.cc: files through the dictionary.
 #include "support/child.h"
 #include "support/dictionary.h"
+#include "support/doc.h"
 #include "support/tree.h"
 
 #include <gtest/gtest.h>
@@ -457,6 +458,15 @@ TEST_F(sfixfile_test, no_descriptor_is_left_open) {
     int after = dup(0);
     close(after);
     EXPECT_EQ(after, before);
+}
+
+TEST_F(sfixfile_test, documented_file_becomes_the_documented_output) {
+    const char page[] = "formats/fixed-file.md";
+    EXPECT_EQ(support::read_dictionary(support::doc_block(page, "dictionary")),
+              "");
+    outcome result = fix(support::doc_block(page, "input"));
+    EXPECT_EQ(result.text, support::doc_block(page, "output"));
+    EXPECT_EQ(result.messages, "");
 }
 
 TEST_F(sfixfile_test, deep_cases_use_no_stack) {

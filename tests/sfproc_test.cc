@@ -1,6 +1,7 @@
 // sfproc_test.cc: references and what stands for them.
 #include "support/child.h"
 #include "support/dictionary.h"
+#include "support/doc.h"
 
 #include <gtest/gtest.h>
 #include <stdlib.h>
@@ -8,6 +9,7 @@
 #include <chrono>
 #include <map>
 #include <random>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -330,6 +332,37 @@ TEST_F(sf_proc_test, trace_has_long_line_numbers_whole) {
                   [&] { sf_proc("@A@", &output, 1, nullptr, "f", 12345678); }),
               "f:12345678:A\n");
     free(output.buffer);
+}
+
+// The second column of the document's examples: \n and \t are characters.
+std::string unescaped(const std::string &text) {
+    std::string result;
+    for (size_t i = 0; i < text.size(); ++i) {
+        std::string two = text.substr(i, 2);
+        if (two == "\\n" || two == "\\t") {
+            result += two == "\\n" ? '\n' : '\t';
+            ++i;
+        } else {
+            result += text[i];
+        }
+    }
+    return result;
+}
+
+TEST_F(sf_proc_test, documented_references) {
+    define("L", "one two");
+    define("P", "/bin:/usr/bin");
+    define("Q", "a \"b\"");
+    std::istringstream rows(
+        support::doc_block("formats/dictionary.md", "references"));
+    int count = 0;
+    for (std::string row; std::getline(rows, row); ++count) {
+        size_t end = row.find("  ");
+        size_t start = row.find_first_not_of(' ', end);
+        EXPECT_EQ(expanded(row.substr(0, end)), unescaped(row.substr(start)))
+            << row;
+    }
+    EXPECT_GT(count, 20);
 }
 
 // The plain model: one character after the other, on strings.

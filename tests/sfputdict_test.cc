@@ -1,6 +1,7 @@
 // sfputdict_test.cc: the sorted listing.
 #include "support/child.h"
 #include "support/dictionary.h"
+#include "support/doc.h"
 #include "support/tree.h"
 
 #include <gtest/gtest.h>
@@ -137,6 +138,13 @@ TEST_F(sf_putdict_test, places_count_before_the_name) {
     define("A", x(50) + " " + x(11), "dict+++", 12);
     EXPECT_EQ(listing(1),
               "dict+++:000012:A\t" + x(50) + " \\\n\t\t" + x(11) + "\n");
+}
+
+TEST_F(sf_putdict_test, documented_dictionary_gives_the_documented_list) {
+    const char page[] = "formats/dictionary.md";
+    EXPECT_EQ(support::read_dictionary(support::doc_block(page, "dictionary")),
+              "");
+    EXPECT_EQ(listing(), support::doc_block(page, "listing"));
 }
 
 std::string random_value(std::mt19937 *random) {
