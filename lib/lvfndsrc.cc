@@ -104,9 +104,7 @@ const char *search_source(const char *name) {
 }  // namespace
 
 const char *lvfndsrc(const char *name, const char *fallback) {
-    if (*name == '/') {
-        return name == fallback || is_readable(name) ? name : fallback;
-    }
+    if (*name == '/') return is_readable(name) ? name : fallback;
     if (is_readable(name)) return name;
     const char *path = recorded_source(name);
     if (path == nullptr) path = search_source(name);

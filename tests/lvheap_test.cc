@@ -16,6 +16,8 @@
 #include <tovan/strutil.h>
 #include <unistd.h>
 #include <algorithm>
+#include <fstream>
+#include <unordered_map>
 
 namespace {
 
@@ -137,12 +139,16 @@ TEST(lvheap, heaps_shorter_than_they_state_are_refused) {
 
 #if !defined(__SANITIZE_ADDRESS__)
 TEST(lvheap, a_stated_size_alone_claims_no_memory) {
-    support::outcome end = support::in_child([] {
-        rlimit limit = {64u << 20, 64u << 20};
-        setrlimit(RLIMIT_AS, &limit);
-        support::load_heap(three_variables().bytes_claiming(0xffffffff));
-    });
-    EXPECT_EQ(end.err, no_heap);
+    heap_image image = three_variables();
+    for (size_t size : {size_t{64}, size_t{1} << 20, size_t{5} << 20}) {
+        image.heap.resize(size);
+        support::outcome end = support::in_child([&image] {
+            rlimit limit = {64u << 20, 64u << 20};
+            setrlimit(RLIMIT_AS, &limit);
+            support::load_heap(image.bytes_claiming(0xffffffff));
+        });
+        EXPECT_EQ(end.err, no_heap) << size;
+    }
 }
 #endif
 
@@ -348,27 +354,65 @@ bool has_zero_byte(uint32_t position) {
 }
 
 // From 0x01010101 on positions have no zero byte that would end a name: here
-// each of thousands of entries takes all those behind it for its name.
+// each of thousands of entries takes all those behind it for its name. What
+// lies before them is a hole in the file.
 TEST(lvheap, names_over_each_other_are_refused) {
     constexpr uint32_t first = 0x01010101;
-    heap_image image;
-    image.heads[0] = first;
-    image.heap.resize(size_t{first} * 8, 'n');
-    for (uint32_t position = first; position < first + 8100; ++position) {
+    constexpr uint32_t entries = 8100;
+    std::string run(entries * 8, 'n');
+    uint32_t position = first;
+    while (position < first + entries) {
         uint32_t next = position + 1;
         while (has_zero_byte(next))
             ++next;
+        if (next >= first + entries) next = 0;
+        std::string entry;
         for (int shift = 24; shift >= 0; shift -= 8)
-            image.heap += static_cast<char>(next >> shift);
-        image.heap += "\xff\xff\x01n";
-        image.heap.resize(size_t{next} * 8, 'n');
-        position = next - 1;
+            entry += static_cast<char>(next >> shift);
+        run.replace((position - first) * 8, 8, entry + "\xff\xff\x01n");
+        if (next == 0) break;
+        position = next;
     }
-    uint32_t last = static_cast<uint32_t>(image.heap.size() / 8);
-    image.heap += image.heap.substr(size_t{first} * 8, 8) + '\0';
-    image.set_next(last, 0);
-    image.heap += std::string(70000, 'v') + '\0';
-    check_rows({{"names over names", image.bytes(), damaged}});
+    run += '\0' + std::string(70000, 'v') + '\0';
+    heap_image image;
+    image.heads[0] = first;
+    image.heap.clear();
+    auto size = static_cast<uint32_t>(size_t{first} * 8 + run.size());
+    support::write_file("variables.heap", image.bytes_claiming(size));
+    ASSERT_EQ(truncate("variables.heap", 1052 + off_t{first} * 8), 0);
+    std::ofstream("variables.heap", std::ios::app) << run;
+    EXPECT_FATAL(lvget(0, nullptr, 0, "variables.heap", nullptr), 255, damaged);
+}
+
+// A name of the heap and a longer one with the same tag.
+std::pair<std::string, std::string> equal_tags() {
+    constexpr int tries = 1 << 18;
+    std::unordered_map<uint32_t, std::string> by_tag;
+    for (int i = 0; i < tries; ++i) {
+        std::string name = std::to_string(i);
+        by_tag[tovan::text_tag(name.data(), name.size())] = name;
+    }
+    std::string longer(60, 'n');
+    for (int i = 0; i < tries; ++i) {
+        std::string name = longer + std::to_string(i);
+        auto found = by_tag.find(tovan::text_tag(name.data(), name.size()));
+        if (found != by_tag.end()) return {found->second, name};
+    }
+    return {};
+}
+
+TEST(lvheap, names_with_equal_tags_are_told_apart) {
+    auto [name, other] = equal_tags();
+    ASSERT_FALSE(name.empty());
+    support::load_variables({{name, "short"}});  // near the heap's end
+    EXPECT_STREQ(lvvar(name.c_str()), "short");
+    EXPECT_EQ(lvvar(other.c_str()), nullptr);
+    support::load_variables({{name, "short"}, {other, "long"}});
+    EXPECT_STREQ(lvvar(name.c_str()), "short");
+    EXPECT_STREQ(lvvar(other.c_str()), "long");
+    support::load_variables({{name + "[*]", "short"}, {other + "[*]", "long"}});
+    EXPECT_STREQ(lvvarmatch(0, name.c_str(), "x"), "short");
+    EXPECT_STREQ(lvvarmatch(0, other.c_str(), "x"), "long");
 }
 
 TEST(lvheap, texts_of_all_lengths_have_tags_of_their_own) {
