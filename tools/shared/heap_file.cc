@@ -1,48 +1,13 @@
 // heap_file.cc: a heap in a file of its own.
 #include "shared/heap_file.h"
 
-#include <stdio.h>
-#include <stdlib.h>
-#include <sys/stat.h>
-#include <tovan/dystr.h>
+#include "shared/new_file.h"
+
 #include <tovan/errexit.h>
-#include <unistd.h>
-
-namespace {
-
-// The new file until it is in its place; empty before and after. Removed when
-// the tool ends meanwhile.
-constinit dy unfinished{};
-
-void remove_unfinished(int) {
-    if (unfinished.length > 0) unlink(unfinished.buffer);
-}
-
-void refuse_device(const char *file) {
-    struct stat status;
-    if (stat(file, &status) == 0 && !S_ISREG(status.st_mode)) {
-        errexit("%s: not a regular file", file);
-    }
-}
-
-int create_beside(const char *file) {
-    dyreuse(&unfinished, 64);
-    dyfmt(&unfinished, "@s.XXXXXX", file);
-    int descriptor = mkstemp(unfinished.buffer);
-    if (descriptor == -1) dytruncate(&unfinished, 0);
-    return errcheck(descriptor, file);
-}
-
-}  // namespace
 
 void tools::replace_heap(const char *file, const heap_contents *contents,
                          mode_t permissions) {
-    refuse_device(file);
-    set_exit_rtn(remove_unfinished);
-    int descriptor = create_beside(file);
+    int descriptor = begin_file(file);
     errcheck(write_heap(descriptor, contents), file);
-    errcheck(fchmod(descriptor, permissions), file);
-    errcheck(close(descriptor), file);
-    errcheck(rename(unfinished.buffer, file), file);
-    dytruncate(&unfinished, 0);
+    finish_file(file, descriptor, permissions);
 }
