@@ -287,8 +287,8 @@ TEST(vop, shows_how_a_command_would_run) {
 }
 
 const std::vector<std::string> subcommands = {
-    "expand", "vars", "srcs", "expr", "match", "rx",     "glob",
-    "path",   "map",  "dos",  "ix",   "names", "traits", "run"};
+    "expand", "vars", "srcs", "expr",  "match",  "rx",  "glob", "path",
+    "map",    "dos",  "ix",   "names", "traits", "run", "fix",  "dict"};
 
 TEST(vop, help_explains_every_subcommand_with_an_example) {
     std::string list = vop({"help"}).out;

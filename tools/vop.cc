@@ -11,9 +11,9 @@
 namespace {
 
 constexpr const vop::command *commands[] = {
-    &vop::expand, &vop::vars,  &vop::srcs,   &vop::expr, &vop::match,
-    &vop::rx,     &vop::glob,  &vop::path,   &vop::map,  &vop::dos,
-    &vop::ix,     &vop::names, &vop::traits, &vop::run,
+    &vop::expand, &vop::vars, &vop::srcs, &vop::expr, &vop::match, &vop::rx,
+    &vop::glob,   &vop::path, &vop::map,  &vop::dos,  &vop::ix,    &vop::names,
+    &vop::traits, &vop::run,  &vop::fix,  &vop::dict,
 };
 
 constexpr char synopsis[] = "SUBCOMMAND [ARGUMENT...]";

@@ -27,6 +27,8 @@ extern const command ix;
 extern const command names;
 extern const command traits;
 extern const command run;
+extern const command fix;
+extern const command dict;
 
 // Arguments of a subcommand that has no flags of its own.
 //   least     fewer than so many are misuse
