@@ -71,7 +71,7 @@ bool step_up(built_path *built, bool checks_links) {
 
 }  // namespace
 
-char *simplify(char *path, int chksym) {
+char *simplify(char *path, int check_symlinks) {
     if (*path == '\0') return path;
     int slashes = p_rootlen(path);
     int root = has_double_root(path) ? 2 : slashes > 0;
@@ -83,7 +83,7 @@ char *simplify(char *path, int chksym) {
         next = component + length + strspn(component + length, "/");
         if (length == 1 && component[0] == '.') continue;
         if (length == 2 && memcmp(component, "..", 2) == 0 &&
-            step_up(&built, chksym != 0))
+            step_up(&built, check_symlinks != 0))
             continue;
         built.add(component, length);
     }

@@ -11,14 +11,14 @@
 TOVAN_BEGIN_C
 
 // Takes ".", ".." and repeated slashes out of a path, where it stands.
-//   chksym    non-zero: the component in front of a ".." stays, and the ".."
-//             too, when the path up to it is a symbolic link
+//   check_symlinks  non-zero: the component in front of a ".." stays, and
+//             the ".." too, when the path up to it is a symbolic link
 //   result    path, never longer than it was; "." for a relative path of
 //             which nothing is left
 //   edge      the empty path stays empty; ".." at the root is dropped; where
 //             the trait DBLESLASHROOT is set, two leading slashes are a root
 //             of their own
-char *simplify(char *path, int chksym);
+char *simplify(char *path, int check_symlinks);
 
 // An absolute form of a path: itself when it begins with "/", else behind
 // cwd and a slash.
