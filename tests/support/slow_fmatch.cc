@@ -29,7 +29,7 @@ void slow_fmatch::trace(const char *sign, size_t p, size_t f, int code,
 }
 
 bool slow_fmatch::step(size_t p, size_t f, int level, int mark, stack open) {
-    ++steps;
+    if (++steps > most_steps) return false;
     trace("", p, f, mark + level, open);
     if (p == pattern_.size()) return f == subject_.size();
     do {

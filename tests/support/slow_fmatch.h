@@ -3,6 +3,7 @@
 #ifndef TOVAN_TESTS_SLOW_FMATCH_H
 #define TOVAN_TESTS_SLOW_FMATCH_H
 
+#include <limits.h>
 #include <string>
 #include <vector>
 
@@ -18,8 +19,14 @@ class slow_fmatch {
     // What the real one writes to standard error.
     std::string messages;
 
-    // Recursive steps of the last match.
+    // Recursive steps of the last match, and how many it may take: beyond
+    // that every step fails.
     long steps = 0;
+    long most_steps = LONG_MAX;
+
+    bool gave_up() const {
+        return steps > most_steps;
+    }
 
   private:
     using stack = std::vector<size_t>;

@@ -1,0 +1,46 @@
+// fmatch_fuzz.cc: any pattern and any subject: the result is that of the plain
+// recursion, and the steps stay below their bound.
+#include "fuzz.h"
+
+#include "../lib/private_fmatch.h"
+#include "support/slow_fmatch.h"
+
+#include <stdlib.h>
+#include <tovan/fmatch.h>
+#include <algorithm>
+
+namespace {
+
+// Errors are reported once for each way that leads to them: these lengths
+// keep the number of ways small.
+constexpr size_t longest_pattern = 40;
+constexpr size_t longest_subject = 16;
+
+void match(const std::string &pattern, const std::string &subject) {
+    support::slow_fmatch slow(false);
+    slow.most_steps = 20000;
+    int expected = slow.match(subject, pattern);
+    if (slow.gave_up() && !slow.messages.empty()) return;
+    tovan::brace_steps = 0;
+    int result = fmatch(subject.c_str(), pattern.c_str());
+    if (slow.gave_up()) return;
+    if (result != expected) abort();
+    size_t braces =
+        static_cast<size_t>(std::count(pattern.begin(), pattern.end(), '{'));
+    size_t bound = pattern.size() * (subject.size() + 1) * (1 + braces) + 1000;
+    if (slow.messages.empty() && tovan::brace_steps > bound) abort();
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
+    std::string bytes(reinterpret_cast<const char *>(data), size);
+    size_t end = bytes.find('\0');
+    std::string pattern = bytes.substr(0, end);
+    std::string subject;
+    if (end != std::string::npos) subject = bytes.c_str() + end + 1;
+    if (pattern.size() > longest_pattern || subject.size() > longest_subject)
+        return -1;
+    match(pattern, subject);
+    return 0;
+}
