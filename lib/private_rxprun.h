@@ -32,13 +32,53 @@ constexpr unsigned rxp_register_bit(int number) {
     return 1u << (number - 2);
 }
 
+// What an evaluation has found so far.
+struct rxp_findings {
+    const char *best;  // the farthest end recorded; null: none
+    int highest;       // of the sub-matches that were started; 0: none
+    const char *registers[rxp_registers];
+};
+
+inline void rxp_open_submatch(rxp_findings *found, int number,
+                              const char *position) {
+    found->registers[2 * number] = position;
+    found->registers[2 * number + 1] = nullptr;
+    if (number > found->highest) found->highest = number;
+}
+
+inline void rxp_close_submatch(rxp_findings *found, int number,
+                               const char *position) {
+    found->registers[2 * number + 1] = position;
+}
+
+// Publishes a farther end with the sub-matches as they are now.
+inline void rxp_record(rxp_findings *found, const char *end) {
+    if (found->best != nullptr && end <= found->best) return;
+    found->best = end;
+    matches.pair[0].end = end;
+    for (int k = 1; k <= found->highest; k++) {
+        matches.pair[k].start = found->registers[2 * k];
+        matches.pair[k].end = found->registers[2 * k + 1];
+    }
+    matches.count = found->highest;
+}
+
+// The two tests of no width that look at both sides of a position.
+inline bool rxp_starts_identifier(const char *subject, const char *position) {
+    return re_is(*position, re_identifier_start) &&
+           (position == subject || !re_is(position[-1], re_identifier));
+}
+
+inline bool rxp_ends_identifier(const char *subject, const char *position) {
+    return position != subject && !re_is(*position, re_identifier) &&
+           re_is(position[-1], re_identifier);
+}
+
 // One evaluation. What the program records goes to `matches`.
 struct rxp_machine {
     const rxp_state *states;
     const char *subject;
-    const char *best;  // the farthest end recorded so far; null: none
-    int highest;       // of the sub-matches that were started; 0: none
-    const char *registers[rxp_registers];
+    rxp_findings found;
     const char *guard[rxp_max_states];  // where branches have been entered
 
     rxp_frame *frames;  // first_frames, or a block of the heap

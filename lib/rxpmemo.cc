@@ -138,12 +138,18 @@ void for_each_register(uint32_t written, Visit visit) {
         visit(2 + std::countr_zero(written));
 }
 
+// Only a start of a sub-match raises it.
+void raise_highest(tovan::rxp_findings *found, int number) {
+    if (number % 2 == 0 && number / 2 > found->highest)
+        found->highest = number / 2;
+}
+
 void repeat(rxp_machine *m, const uint32_t *record) {
     uint32_t written = record[1] & all_registers;
     const uint32_t *value = record + record_head;
     for_each_register(written, [&](int number) {
-        m->registers[number] = unpacked(m, *value++);
-        if (number % 2 == 0 && number / 2 > m->highest) m->highest = number / 2;
+        m->found.registers[number] = unpacked(m, *value++);
+        raise_highest(&m->found, number);
     });
     m->written |= written;
 }
@@ -174,7 +180,7 @@ size_t draft_record(rxp_machine *m, uint32_t next, uint32_t what) {
     record[1] = what;
     uint32_t *value = record + record_head;
     for_each_register(m->written, [&](int number) {
-        *value++ = packed(m, m->registers[number]);
+        *value++ = packed(m, m->found.registers[number]);
     });
     return length;
 }

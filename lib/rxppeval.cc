@@ -3,10 +3,14 @@
 
 #include "ident.h"
 #include "private_rxp.h"
+#include "private_rxpmemo.h"
+#include "private_rxpplan.h"
+#include "private_rxpquick.h"
 #include "private_rxprun.h"
 
 #include <string.h>
 
+using tovan::rxp_answer;
 using tovan::rxp_machine;
 
 namespace {
@@ -34,16 +38,38 @@ const char *find_match(rxp_machine *m) {
     return nullptr;
 }
 
-bool matches_somewhere(const char *subject, const unsigned char *program) {
+// Kept out of the way of the quick search, which needs no such tables.
+[[gnu::noinline]] bool search(const char *subject, const unsigned char *program,
+                              const tovan::rxp_plan *plan) {
     rxp_machine machine;  // its tables are left unset
-    rxp_start(&machine, subject, program, nullptr);
+    rxp_start(&machine, subject, program,
+              plan != nullptr ? &plan->shape : nullptr);
+    // The plan was of no use: ways meet.
+    if (plan != nullptr && plan->is_plain) rxp_remember(&machine);
     const char *start = find_match(&machine);
     rxp_stop(&machine);
     if (start == nullptr) return false;
     matches.pair[0].start = start;
     // Chosen: nothing recorded, nothing spanned.
-    if (machine.best == nullptr) matches.pair[0].end = start;
+    if (machine.found.best == nullptr) matches.pair[0].end = start;
     return true;
+}
+
+void clear_matches() {
+    matches.count = 0;
+    matches.pair[0] = {};
+}
+
+bool matches_somewhere(const char *subject, const unsigned char *program) {
+    tovan::rxp_last_cost = {};
+    clear_matches();
+    const tovan::rxp_plan *plan = tovan::rxp_plan_for(program);
+    if (plan != nullptr && plan->is_plain) {
+        rxp_answer answer = rxp_quick_search(plan, subject);
+        if (answer != rxp_answer::gave_up) return answer == rxp_answer::match;
+        clear_matches();
+    }
+    return search(subject, program, plan);
 }
 
 }  // namespace
@@ -54,8 +80,6 @@ constinit rxpmatch matches = {};
 int rxppeval(const char *subject, const unsigned char *program) {
     if (!tovan::rxp_is_program(program)) return not_a_program;
     bool is_inverted = program[3] == tovan::rxp_inverted;
-    matches.count = 0;
-    matches.pair[0] = {};
     return matches_somewhere(subject, program) != is_inverted ? 1 : 0;
 }
 

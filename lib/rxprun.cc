@@ -64,33 +64,11 @@ unsigned char byte_at(const char *position) {
     return static_cast<unsigned char>(*position);
 }
 
-// ---- registers and results ----------------------------------------------
-
-void set_register(rxp_machine *m, int number, const char *position) {
-    m->registers[number] = position;
-    m->written |= tovan::rxp_register_bit(number);
-}
-
-void open_submatch(rxp_machine *m, int number, const char *position) {
-    set_register(m, 2 * number, position);
-    set_register(m, 2 * number + 1, nullptr);
-    if (number > m->highest) m->highest = number;
-}
-
-void record(rxp_machine *m, const char *end) {
-    if (m->best != nullptr && end <= m->best) return;
-    m->best = end;
-    matches.pair[0].end = end;
-    for (int k = 1; k <= m->highest; k++) {
-        matches.pair[k].start = m->registers[2 * k];
-        matches.pair[k].end = m->registers[2 * k + 1];
-    }
-    matches.count = m->highest;
-}
+// ---- results ------------------------------------------------------------
 
 // Ends the way with success. At the end of the subject nothing else is tried.
 void succeed(rxp_machine *m, way *w, const char *end) {
-    record(m, end);
+    rxp_record(&m->found, end);
     w->matched = true;
     if (*end == '\0') m->n_frames = 0;
 }
@@ -99,7 +77,7 @@ void succeed(rxp_machine *m, way *w, const char *end) {
 // branch around it does (test rest_without_a_branch_records_nothing).
 void take_rest(rxp_machine *m, way *w) {
     w->matched = true;
-    if (w->inside) record(m, w->position + strlen(w->position));
+    if (w->inside) rxp_record(&m->found, w->position + strlen(w->position));
     m->n_frames = 0;
 }
 
@@ -127,19 +105,8 @@ const char *scan(rxp_machine *m, int state, const char *start, Passes passes) {
     return m->subject + to;
 }
 
-bool is_identifier_start(const rxp_machine *m, const char *position) {
-    return re_is(*position, tovan::re_identifier_start) &&
-           (position == m->subject ||
-            !re_is(position[-1], tovan::re_identifier));
-}
-
-bool is_identifier_end(const rxp_machine *m, const char *position) {
-    return position != m->subject && !re_is(*position, tovan::re_identifier) &&
-           re_is(position[-1], tovan::re_identifier);
-}
-
 bool pass_identifier(rxp_machine *m, way *w) {
-    if (!is_identifier_start(m, w->position)) return false;
+    if (!tovan::rxp_starts_identifier(m->subject, w->position)) return false;
     const char *start = w->position++;
     while (re_is(*w->position, tovan::re_identifier))
         w->position++;
@@ -172,8 +139,8 @@ struct text_span {
 // So does one that ends before it starts: registers are not restored, and an
 // alternative that waited may close again what was opened further on.
 text_span submatch_text(const rxp_machine *m, int number) {
-    const char *start = m->registers[2 * number];
-    const char *end = m->registers[2 * number + 1];
+    const char *start = m->found.registers[2 * number];
+    const char *end = m->found.registers[2 * number + 1];
     if (start == nullptr || end == nullptr || end < start)
         return {m->subject, m->subject};
     return {start, end};
@@ -207,6 +174,19 @@ bool pass_if(way *w, bool passes) {
 bool stand_if(way *w, bool stands) {
     w->stood |= stands;
     return stands;
+}
+
+bool open_submatch(rxp_machine *m, way *w, int number) {
+    rxp_open_submatch(&m->found, number, w->position);
+    m->written |= tovan::rxp_register_bit(2 * number) |
+                  tovan::rxp_register_bit(2 * number + 1);
+    return stand_if(w, true);
+}
+
+bool close_submatch(rxp_machine *m, way *w, int number) {
+    rxp_close_submatch(&m->found, number, w->position);
+    m->written |= tovan::rxp_register_bit(2 * number + 1);
+    return stand_if(w, true);
 }
 
 bool is_folded(unsigned char character, unsigned char literal) {
@@ -252,18 +232,16 @@ bool pass(rxp_machine *m, way *w, const rxp_state &state) {
         return pass_up_to_same_text(m, w, state.argument);
 
     case tovan::rxp_identifier_start:
-        return stand_if(w, is_identifier_start(m, here));
+        return stand_if(w, tovan::rxp_starts_identifier(m->subject, here));
     case tovan::rxp_identifier_end:
-        return stand_if(w, is_identifier_end(m, here));
+        return stand_if(w, tovan::rxp_ends_identifier(m->subject, here));
     case tovan::rxp_subject_start: return stand_if(w, here == m->subject);
     case tovan::rxp_subject_end: return stand_if(w, c == 0);
     case tovan::rxp_nothing: return stand_if(w, true);
     case tovan::rxp_open:
-        open_submatch(m, state.argument, here);
-        return stand_if(w, true);
+        return open_submatch(m, w, state.argument);
     case tovan::rxp_close:
-        set_register(m, 2 * state.argument + 1, here);
-        return stand_if(w, true);
+        return close_submatch(m, w, state.argument);
     default: return false;
     }
     // clang-format on
@@ -380,9 +358,7 @@ void tovan::rxp_start(rxp_machine *m, const char *subject,
 
     m->states = rxp_states(program);
     m->subject = subject;
-    m->best = nullptr;
-    m->highest = 0;
-    memset(m->registers, 0, sizeof m->registers);
+    m->found = {};
     const unsigned char *summary = rxp_summary(program);
     size_t guards = summary[1] - summary[0] + size_t{1};
     memset(m->guard + summary[0], 0, guards * sizeof m->guard[0]);
@@ -418,7 +394,7 @@ bool tovan::rxp_attempt(rxp_machine *m, const char *position) {
 }
 
 void tovan::rxp_stop(rxp_machine *m) {
-    rxp_last_cost = {m->steps, 0};
+    rxp_last_cost.steps += m->steps;
     if (m->frames != m->first_frames) {
         rxp_last_cost.heap += m->room * sizeof(rxp_frame);
         free(m->frames);

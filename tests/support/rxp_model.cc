@@ -300,7 +300,7 @@ rxp_result rxp_by_the_memory(const std::string &subject,
     rxp_result outcome;
     outcome.result = (at <= last) != (rxpinvert(program) == 1);
     matches.pair[0].start = at <= last ? at : nullptr;
-    if (machine.best == nullptr) matches.pair[0].end = matches.pair[0].start;
+    if (machine.found.best == nullptr) matches.pair[0].end = matches.pair[0].start;
     publish(&outcome, subject);
     return outcome;
 }
