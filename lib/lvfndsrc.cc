@@ -21,8 +21,10 @@ struct source_record {
 };
 
 // Paths by key: slot n of the table is record n - 1. Filled by lvfndsrc() and
-// lvsvsrc(); holds for the process, other heaps included; never released but
-// for paths that are replaced.
+// lvsvsrc(); holds for the process; never released but for paths that are
+// replaced.
+// Deliberate: another heap does not empty it, and a recorded path is not
+// tested again (test what_was_found_is_not_tested_again).
 struct source_map {
     source_record *records;
     size_t count;

@@ -35,6 +35,8 @@ heap_source choose_source(int r, const char *d, const char *file,
         return {STDIN_FILENO, file, true, 0};
     }
     if (file != nullptr) return open_heap(file);
+    // Chosen: an empty KIVS_FILE is a name like any other, and d or c given as
+    // "" is given: only what is absent counts as absent.
     const char *prepared = getenv("KIVS_FILE");
     bool is_plain = r == 0 && d == nullptr && c == nullptr;
     if (prepared != nullptr && is_plain) return open_heap(prepared);

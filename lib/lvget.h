@@ -41,7 +41,8 @@ TOVAN_BEGIN_C
 //             "NAME: " and the system's text when a file cannot be opened
 //             "kivs -p aborted" when kivs ended with another status than 0
 //             "export of kivs %s failed" with the variable
-//   edge      an empty KIVS_FILE is one; "" for d or c is given
+//   edge      an empty KIVS_FILE is one; "" for d or c is given; each export
+//             costs what setenv() costs, a pass over the environment
 void lvget(int r, const char *d, int reload, const char *file, const char *c);
 
 // The function that looks variables up: lvvar, from the first lvget() on; null

@@ -128,8 +128,8 @@ bool is_sound(check *state, uint32_t position, scanned_name *name) {
     return true;
 }
 
-// Takes an entry up for the indexes; one that hangs in a foreign chain is not
-// found by its name.
+// Takes an entry up for the indexes. Chosen: one that hangs in a foreign chain
+// is no damage; it is not found by its name, as by a walk of the name's chain.
 bool accept_entry(check *state, int bucket, uint32_t position) {
     scanned_name name;
     if (!is_sound(state, position, &name)) return false;

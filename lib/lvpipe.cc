@@ -19,7 +19,7 @@ namespace {
 constinit dy command{};
 
 // Deliberate: the "<" makes messages about a failed read name the command as
-// if it were a file that is read (test lvget_names_the_command_with_a_less).
+// if it were a file that is read (test names_the_command_with_a_less).
 void form_command(int r, const char *d, const char *c) {
     dyreuse(&command, 64);
     dystr(&command, "<kivs -p");
