@@ -5,7 +5,11 @@
 #include "shared/options.h"
 
 #include <stdio.h>
+#include <stdlib.h>
 #include <string.h>
+#include <tovan/dypadd.h>
+#include <tovan/dystr.h>
+#include <tovan/fastout.h>
 #include <tovan/usage.h>
 
 namespace {
@@ -21,13 +25,36 @@ constexpr char synopsis[] = "SUBCOMMAND [ARGUMENT...]";
 constexpr const char *explanation[] = {
     "The services of libtovan on the command line.",
     "",
-    "vop help\t\tlist the subcommands",
-    "vop help SUBCOMMAND\texplain one, with an example",
+    "-x, --help\tdisplay this explanation",
+    "--version\tdisplay the version",
     "",
-    "-x, --help\t\tdisplay this explanation",
-    "--version\t\tdisplay the version",
-    nullptr,
+    "Subcommands:",
 };
+
+constexpr char help_name[] = "help";
+constexpr char help_line[] =
+    "help\tLists the subcommands, or explains those that are named.";
+
+constexpr int page_width = 80;
+
+// The explanation with a line for each subcommand. It lives as long as the
+// program.
+const char *const *whole_explanation() {
+    dyp lines;
+    dypnew(&lines, 32);
+    for (const char *line : explanation)
+        dypadd(&lines, line);
+    dy text;
+    dynew(&text, 80);
+    for (const vop::command *command : commands) {
+        dytruncate(&text, 0);
+        dyfmt(&text, "@s\t@s", command->name, command->explanation[0]);
+        dypadd(&lines, dycache(text.buffer, text.length));
+    }
+    free(text.buffer);
+    void **all = dypadd(&lines, help_line);
+    return const_cast<const char **>(reinterpret_cast<char **>(all));
+}
 
 const vop::command *find_command(const char *name) {
     for (const vop::command *command : commands) {
@@ -37,9 +64,14 @@ const vop::command *find_command(const char *name) {
 }
 
 void list_commands() {
+    const char *names[sizeof commands / sizeof *commands + 2] = {};
+    size_t count = 0;
     for (const vop::command *command : commands)
-        printf("%s\t%s\n", command->name, command->explanation[0]);
-    puts("help\tExplains a subcommand, or lists them.");
+        names[count++] = command->name;
+    names[count] = help_name;
+    puts("Subcommands:\n");
+    putcols("    ", names, page_width, 0);
+    puts("\nvop help SUBCOMMAND explains one, vop -x each in a line.");
 }
 
 void explain(const vop::command *command) {
@@ -80,12 +112,12 @@ char **vop::raw_arguments(char **arguments, int least) {
 
 int main(int, char **argv) {
     tools::start(argv[0]);
-    usestrs(synopsis, explanation);
+    usestrs(synopsis, whole_explanation());
     tools::options flags = tools::options_of(argv + 1);
     tools::next_flag(&flags, "", nullptr);
     char **words = flags.next;
     if (*words == nullptr) usage("no subcommand (vop help lists them)");
-    if (strcmp(*words, "help") == 0) tools::finish(help(words + 1));
+    if (strcmp(*words, help_name) == 0) tools::finish(help(words + 1));
     const vop::command *command = find_command(*words);
     usestrs(command->synopsis, command->explanation);
     tools::finish(command->run(words + 1));

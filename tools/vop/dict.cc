@@ -9,8 +9,9 @@
 namespace {
 
 constexpr const char *explanation[] = {
-    "Reads dictionaries and lists the names that they define, sorted, in a",
-    "form that can be read back. A wrong line is reported and gives status 1.",
+    "Lists the names that dictionaries define.",
+    "They come sorted, in a form that can be read back. A wrong line is",
+    "reported and gives status 1.",
     "",
     "-u\tput the place of its definition before each name",
     "",

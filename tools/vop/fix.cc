@@ -19,10 +19,10 @@
 namespace {
 
 constexpr const char *explanation[] = {
-    "Writes files with their references to the dictionary replaced and their",
-    "control lines obeyed. A structural error ends the program, a wrong",
-    "reference is reported and gives status 1; so does a wrong line of a",
-    "dictionary, and no file is written then.",
+    "Writes files with their references to the dictionary replaced.",
+    "Their control lines are obeyed. A structural error ends the program, a",
+    "wrong reference is reported and gives status 1; so does a wrong line of",
+    "a dictionary, and no file is written then.",
     "",
     "-d DICT\t\tread the dictionary DICT (- for standard input)",
     "-D NAME=text\tset one name; -d and -D count in their order",

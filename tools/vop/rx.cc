@@ -17,8 +17,9 @@
 namespace {
 
 constexpr const char *explanation[] = {
-    "Writes the lines of files, or of standard input, that match a regular",
-    "expression. Status 0 when a line matched, 1 when none did.",
+    "Writes the lines of files that match a regular expression.",
+    "Without FILE it reads standard input. Status 0 when a line matched, 1",
+    "when none did.",
     "",
     "-i\t\tlower-case letters of PATTERN match both cases",
     "-v\t\twrite the lines that do not match",
