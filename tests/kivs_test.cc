@@ -1,6 +1,7 @@
 // kivs_test.cc: the program that writes variable heaps.
 #include "support/child.h"
 #include "support/heap_image.h"
+#include "support/traces.h"
 #include "support/tree.h"
 
 #include <gtest/gtest.h>
@@ -311,6 +312,55 @@ TEST_F(kivs_tree, serves_lvget_on_a_pipe) {
     EXPECT_EQ(lvgenseek(), 28u);
 }
 
+TEST_F(kivs_tree, traces_what_its_packages_say) {
+    support::write_file("small", "A = 1\nSrcPath = src\n");
+    support::check_traces(
+        program, {{"search",
+                   {"-onew"},
+                   "",
+                   "kivs: search(1) installation: " + here() +
+                       "/morva/data/kivs.vars\n"
+                       "kivs: search(1) local: kivs.vars\n"},
+                  {"search",
+                   {"-onew", "-dnowhere"},
+                   "",
+                   "kivs: search(1) installation: " + here() +
+                       "/morva/data/kivs.vars\n"
+                       "kivs: search(1) local: nowhere/kivs.vars (none)\n"},
+                  {"files",
+                   {"-onew", "one", "two"},
+                   "",
+                   "kivs: files(1) one: 2 lines\n"
+                   "kivs: files(1) two: 1 lines\n"},
+                  {"define",
+                   {"-onew", "small"},
+                   "",
+                   "kivs: define(1) CurDir = " + here() +
+                       "\n"
+                       "kivs: define(1) SrcPath = .\n"
+                       "kivs: define(1) A = 1\n"
+                       "kivs: define(1) SrcPath = src\n"
+                       "kivs: define(1) SrcPath = . is replaced\n"},
+                  {"heap",
+                   {"-onew", "one"},
+                   "",
+                   "kivs: heap(1) 4 variables, ### bytes\n"},
+                  {"output",
+                   {"-onew", "small"},
+                   "",
+                   "kivs: output(1) new.######\n"
+                   "kivs: output(1) it is new now\n"}});
+}
+
+TEST_F(kivs_tree, traces_where_entries_go) {
+    support::write_file("small", "CurDir = .\nA = 1\n");
+    EXPECT_EQ(kivs({"-V", "heap=2", "-onew", "small"}).err,
+              "kivs: heap(2) SrcPath: entry 1, chain 118\n"
+              "kivs: heap(2) CurDir: entry 4, chain 143\n"
+              "kivs: heap(2) A: entry 6, chain 18\n"
+              "kivs: heap(1) 3 variables, 64 bytes\n");
+}
+
 TEST(kivs, wrong_arguments_show_the_usage) {
     const struct {
         std::vector<std::string> words;
@@ -324,6 +374,7 @@ TEST(kivs, wrong_arguments_show_the_usage) {
         {{"-pz"}, "-z: invalid flag"},
         {{"--what"}, "--what: invalid flag"},
         {{"-o"}, "-o: value missing"},
+        {{"-V"}, "-V: value missing"},
         {{"-p", "-r", "file"}, "-r and -d choose files, as file arguments do"},
         {{"-p", "-dx", "file"}, "-r and -d choose files, as file arguments do"},
         {{"-l", "-r"}, "-l goes with no other flag"},

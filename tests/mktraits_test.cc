@@ -3,6 +3,7 @@
 #include "support/heap_image.h"
 #include "support/picture.h"
 #include "support/script.h"
+#include "support/traces.h"
 
 #include <gtest/gtest.h>
 #include <stdlib.h>
@@ -186,6 +187,40 @@ TEST_F(mktraits_test, explains_itself) {
     EXPECT_EQ(version.out, "mktraits (libtovan) 8.4.1\n");
 }
 
+// The first lines of what a package writes.
+std::string trace_of(const std::string &flags, size_t lines) {
+    std::string trace = run({"-u", "-V", flags}).err;
+    size_t end = 0;
+    while (lines-- > 0 && end < trace.size())
+        end = trace.find('\n', end) + 1;
+    return trace.substr(0, end);
+}
+
+TEST_F(mktraits_test, traces_what_its_packages_say) {
+    setenv("TRAITS_FILE", "mine", 1);
+    EXPECT_EQ(trace_of("limits", 1),
+              "mktraits: limits(1) MAXLEAFLEN: " +
+                  std::to_string(pathconf("/", _PC_NAME_MAX)) + "\n");
+    std::string shell = printed_traits()["_T_sh"];
+    EXPECT_EQ(trace_of("search", 1),
+              "mktraits: search(1) _T_sh: " + shell + "\n");
+    EXPECT_NE(trace_of("search=2", 100)
+                  .find("mktraits: search(2) " + shell +
+                        "?\nmktraits: search(1) _T_sh"),
+              std::string::npos);
+    EXPECT_EQ(trace_of("heap", 1).rfind("mktraits: heap(1) ", 0), 0u);
+    std::string trace = trace_of("output", 2);
+    EXPECT_EQ(trace.rfind("mktraits: output(1) mine.", 0), 0u);
+    EXPECT_NE(trace.find("\nmktraits: output(1) it is mine now\n"),
+              std::string::npos);
+    EXPECT_EQ(run({"-u"}).err, "");
+}
+
+TEST_F(mktraits_test, lists_its_packages) {
+    EXPECT_EQ(support::listed_packages(tool),
+              (std::vector<std::string>{"heap", "limits", "output", "search"}));
+}
+
 TEST_F(mktraits_test, refuses_other_arguments) {
     const struct {
         std::vector<std::string> arguments;
@@ -193,6 +228,7 @@ TEST_F(mktraits_test, refuses_other_arguments) {
     } rows[] = {
         {{"-q"}, "-q: invalid flag"},
         {{"-uq"}, "-q: invalid flag"},
+        {{"-V"}, "-V: value missing"},
         {{"--all"}, "--all: invalid flag"},
         {{"file"}, "file: no argument is taken"},
         {{"-u", "file"}, "file: no argument is taken"},

@@ -2,6 +2,7 @@
 // subcommand the command, what it writes to both outputs, and its status.
 #include "support/child.h"
 #include "support/heap_image.h"
+#include "support/traces.h"
 #include "support/tree.h"
 
 #include <fcntl.h>
@@ -323,6 +324,69 @@ TEST(vop, help_and_version_go_to_standard_output) {
     EXPECT_EQ(end.exit_status, 0);
     EXPECT_EQ(end.err, "");
     EXPECT_EQ(end.out.rfind("vop SUBCOMMAND [ARGUMENT...]\n\n", 0), 0u);
+    EXPECT_EQ(vop({"-x"}).out, end.out);
+}
+
+TEST(vop, traces_what_its_packages_say) {
+    prepare_heap();
+    support::check_traces(
+        program,
+        {{"heap",
+          {"expand", "x"},
+          "",
+          "vop: heap(1) from heap\nvop: heap(1) 5 variables, from 0 lines\n"},
+         {"heap=2",
+          {"vars", "-f-", "CC"},
+          support::heap_of({{"CC", "cc"}}),
+          "vop: heap(1) from standard input\nvop: heap(2) CC = cc\n"
+          "vop: heap(1) 1 variables, from 0 lines\n"},
+         {"expand",
+          {"expand", "a", "@CC"},
+          "",
+          "vop: expand(1) argument:1: a\nvop: expand(1) argument:2: @CC\n"},
+         {"search",
+          {"srcs", "main.c"},
+          "",
+          "vop: search(1) main.c: src/main.c\n"},
+         {"search=2",
+          {"srcs", "util.c"},
+          "",
+          "vop: search(2) src/util.c?\nvop: search(2) lib/util.c?\n"
+          "vop: search(1) util.c: lib/util.c\n"},
+         {"match",
+          {"match", "a", "a"},
+          "",
+          "0000: 0: p=a; f=a; pc=NULL\n-0000: 0: p=a; f=a; pc=NULL\n"},
+         {"rx",
+          {"rx", "b"},
+          "a\nb\nab\n",
+          "vop: rx(1) b: 14 bytes\nvop: rx(1) -: 2 of 3 lines\n"},
+         {"run",
+          {"run", "false"},
+          "",
+          "vop: run(1) false\nvop: run(1) 0x0100\n"},
+         {"output",
+          {"fix", "-onew", "heap"},
+          "",
+          "vop: output(1) new.######\nvop: output(1) it is new now\n"}});
+}
+
+TEST(vop, trace_flags_stand_before_or_behind_the_subcommand) {
+    const std::string trace = "vop: run(1) true\nvop: run(1) 0x0000\n";
+    check({{{"-V", "run", "run", "true"}, "", "", trace, 0},
+           {{"-Vrun", "run", "true"}, "", "", trace, 0},
+           {{"run", "-V", "all", "true"}, "", "", trace, 0},
+           {{"-V", "run", "run", "-V", "run-", "true"}, "", "", "", 0}});
+}
+
+TEST(vop, trace_flags_explain_themselves) {
+    for (const std::vector<std::string> &words :
+         {std::vector<std::string>{"-V", "x"}, {"run", "-Vx", "true"}}) {
+        support::outcome end = vop(words);
+        EXPECT_EQ(end.exit_status, 0);
+        EXPECT_EQ(end.err, "");
+        EXPECT_EQ(end.out.rfind("A debug flag string is a comma", 0), 0u);
+    }
 }
 
 TEST(vop, misuse_goes_to_standard_error_with_status_255) {
@@ -336,6 +400,7 @@ TEST(vop, misuse_goes_to_standard_error_with_status_255) {
          "nothing: unknown subcommand (vop help lists them)\n" + usage,
          255},
         {{"-q"}, "", "", "-q: invalid flag\n" + usage, 255},
+        {{"-V"}, "", "", "-V: value missing\n" + usage, 255},
         {{"map"},
          "",
          "",

@@ -4,6 +4,7 @@
 #include "shared/heap_file.h"
 #include "shared/manners.h"
 #include "shared/options.h"
+#include "shared/trace.h"
 
 #include <stdlib.h>
 #include <sys/stat.h>
@@ -15,6 +16,8 @@
 #include <unistd.h>
 
 namespace {
+
+TOOL_TRACE(search, "which files of definitions there are")
 
 constexpr char synopsis[] =
     "-p | -o FILE [-r] [-cNAME] [-dDIR] [FILE ...]\n"
@@ -31,6 +34,8 @@ constexpr const char *explanation[] = {
     "-cNAME\t\tset the variable Config to NAME",
     "-dDIR\t\ttake the local kivs.vars from DIR",
     "-l\t\tlist HEAP (standard input) as text",
+    "-V FLAGS\ttrace on standard error: search, files, define, heap, output",
+    "\t\tor all, with levels (heap=2); -V x explains them",
     "-x, --help\tdisplay this explanation",
     "--version\tdisplay the version",
     nullptr,
@@ -89,6 +94,8 @@ void define_defaults(kivs::definitions *all) {
 
 void read_installation(kivs::definitions *all) {
     char *file = findfile("data/kivs.vars", "%MORVA", 0);
+    if (ddt_trace(&trace_search, 1, 1))
+        eprintf("installation: %s\n", file != nullptr ? file : "none");
     if (file == nullptr) return;
     kivs::read_definitions(all, file);
     free(file);
@@ -100,8 +107,10 @@ void read_local(kivs::definitions *all, const char *directory) {
     dystr(&file, directory);
     dyaddslash(&file);
     dystr(&file, "kivs.vars");
-    if (access(file.buffer, F_OK) == 0)
-        kivs::read_definitions(all, file.buffer);
+    bool exists = access(file.buffer, F_OK) == 0;
+    if (ddt_trace(&trace_search, 1, 1))
+        eprintf("local: %s%s\n", file.buffer, exists ? "" : " (none)");
+    if (exists) kivs::read_definitions(all, file.buffer);
     free(file.buffer);
 }
 

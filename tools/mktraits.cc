@@ -19,6 +19,8 @@ constexpr const char *explanation[] = {
     "-u\t\twrite them to the host's traits file instead: the one that",
     "\t\tTRAITS_FILE names, or data/traits/HOST.tab in the installation",
     "\t\t(MORVA), whose folder must be there",
+    "-V FLAGS\ttrace on standard error: limits, search, heap, output or all,",
+    "\t\twith levels (search=2); -V x explains them",
     "-x, --help\tdisplay this explanation",
     "--version\tdisplay the version",
     nullptr,

@@ -1,6 +1,8 @@
 // definitions.cc: definitions of variables, as they are read.
 #include "kivs/definitions.h"
 
+#include "shared/trace.h"
+
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
@@ -15,6 +17,9 @@ using kivs::definitions;
 using tools::heap_variable;
 
 namespace {
+
+TOOL_TRACE(files, "how much each file of definitions holds")
+TOOL_TRACE(define, "each definition, and those that are replaced")
 
 // A file and the logical line that was read last.
 struct line_reader {
@@ -139,6 +144,7 @@ void kivs::define(definitions *all, const char *name, const char *value,
         dydnew(&all->variables, 64, sizeof(heap_variable));
     heap_variable variable = {dycache(name, -1), dycache(value, -1), flags};
     dydadd(&all->variables, &variable);
+    if (ddt_trace(&trace_define, 1, 1)) eprintf("%s = %s\n", name, value);
 }
 
 void kivs::read_definitions(definitions *all, const char *file) {
@@ -152,6 +158,8 @@ void kivs::read_definitions(definitions *all, const char *file) {
     if (ferror(reader.stream) != 0) errcheck(-1, file);
     all->bytes += bytes_read(reader.stream);
     all->lines += static_cast<uint32_t>(reader.line);
+    if (ddt_trace(&trace_files, 1, 1))
+        eprintf("%s: %d lines\n", file, reader.line);
     fclose(reader.stream);
     free(reader.text.buffer);
 }
@@ -161,8 +169,11 @@ void kivs::drop_replaced(definitions *all) {
     auto count = static_cast<size_t>(all->variables.count);
     heap_variable **order = sorted(variables, count);
     for (size_t i = 1; i < count; ++i) {
-        if (strcmp(order[i - 1]->name, order[i]->name) == 0)
-            order[i - 1]->value = nullptr;
+        heap_variable *earlier = order[i - 1];
+        if (strcmp(earlier->name, order[i]->name) != 0) continue;
+        if (ddt_trace(&trace_define, 1, 1))
+            eprintf("%s = %s is replaced\n", earlier->name, earlier->value);
+        earlier->value = nullptr;
     }
     free(order);
     int kept = 0;

@@ -1,10 +1,13 @@
 // host.cc: limits, programs and properties of this host.
 #include "mktraits/host.h"
 
+#include "shared/trace.h"
+
 #include <stdio.h>
 #include <stdlib.h>
 #include <sys/stat.h>
 #include <tovan/chkalloc.h>
+#include <tovan/errexit.h>
 #include <tovan/execstr.h>
 #include <unistd.h>
 
@@ -12,11 +15,15 @@ using mktraits::trait_list;
 
 namespace {
 
+TOOL_TRACE(limits, "what the system says to each question")
+TOOL_TRACE(search, "where programs are found, and looked for (2)")
+
 void add(trait_list &list, const char *name, const char *value) {
     list.traits[list.count++] = {name, value, 0};
 }
 
 void add_number(trait_list &list, const char *name, long number) {
+    if (ddt_trace(&trace_limits, 1, 1)) eprintf("%s: %ld\n", name, number);
     if (number < 0) return;  // no limit, or none that is known
     char text[24];
     snprintf(text, sizeof text, "%ld", number);
@@ -62,11 +69,15 @@ void add_program(trait_list &list, const char *path, const program &wanted) {
     dy candidate = {};
     while (path != nullptr) {
         path = tryfile(path, wanted.name, &candidate);
+        if (ddt_trace(&trace_search, 2, 1)) eprintf("%s?\n", candidate.buffer);
         if (access(candidate.buffer, X_OK) == 0) {
+            if (ddt_trace(&trace_search, 1, 1))
+                eprintf("%s: %s\n", wanted.trait, candidate.buffer);
             add(list, wanted.trait, candidate.buffer);
             return;
         }
     }
+    if (ddt_trace(&trace_search, 1, 1)) eprintf("%s: none\n", wanted.trait);
     free(candidate.buffer);
 }
 

@@ -1,10 +1,13 @@
 // heap_writer.cc: writes variable heaps.
 #include "shared/heap_writer.h"
 
+#include "shared/trace.h"
+
 #include <errno.h>
 #include <stdlib.h>
 #include <string.h>
 #include <tovan/chkalloc.h>
+#include <tovan/errexit.h>
 #include <tovan/lvheap.h>
 #include <tovan/strutil.h>
 #include <unistd.h>
@@ -13,6 +16,8 @@ using tools::heap_contents;
 using tools::heap_variable;
 
 namespace {
+
+TOOL_TRACE(heap, "the heap that is written, and where each entry goes (2)")
 
 // on disk: do not change
 constexpr size_t generation_seek_at = 12;
@@ -72,6 +77,8 @@ void put_entries(unsigned char *image, const heap_contents *contents) {
         put_entry(entry, variable);
         put32(links[h], position);
         links[h] = entry;
+        if (ddt_trace(&trace_heap, 2, 1))
+            eprintf("%s: entry %zu, chain %d\n", variable->name, position, h);
         position += entry_size(variable) / unit;
     }
 }
@@ -109,6 +116,8 @@ int tools::write_heap(int descriptor, const heap_contents *contents) {
     put32(image + generation_lines_at, contents->generation_lines);
     put32(image + size_at, size);
     put_entries(image, contents);
+    if (ddt_trace(&trace_heap, 1, 1))
+        eprintf("%zu variables, %zu bytes\n", contents->count, size);
     int result = write_all(descriptor, image, header_size + size);
     int kept = errno;
     free(image);

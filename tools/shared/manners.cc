@@ -3,11 +3,13 @@
 
 #include <errno.h>
 #include <stdio.h>
+#include <tovan/ddt.h>
 #include <tovan/errexit.h>
 #include <tovan/strutil.h>
 
 void tools::start(const char *first_argument) {
     progname = leafnm(first_argument);
+    ddt_setup();
 }
 
 void tools::print_version() {

@@ -4,7 +4,8 @@
 
 namespace tools {
 
-// Sets progname from the first argument.
+// Sets progname from the first argument, and takes the trace flags of the
+// environment (trace.h).
 void start(const char *first_argument);
 
 // The version line of every tool, on standard output.

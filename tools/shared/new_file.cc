@@ -1,6 +1,8 @@
 // new_file.cc: files that are written whole or not at all.
 #include "shared/new_file.h"
 
+#include "shared/trace.h"
+
 #include <stdio.h>
 #include <stdlib.h>
 #include <sys/stat.h>
@@ -9,6 +11,8 @@
 #include <unistd.h>
 
 namespace {
+
+TOOL_TRACE(output, "the file that is written, and its change of name")
 
 // The new file until it is in its place; empty before and after. Removed when
 // the tool ends meanwhile.
@@ -34,12 +38,15 @@ int tools::begin_file(const char *file) {
     dyfmt(&unfinished, "@s.XXXXXX", file);
     int descriptor = mkstemp(unfinished.buffer);
     if (descriptor == -1) dytruncate(&unfinished, 0);
-    return errcheck(descriptor, file);
+    errcheck(descriptor, file);
+    if (ddt_trace(&trace_output, 1, 1)) eprintf("%s\n", unfinished.buffer);
+    return descriptor;
 }
 
 void tools::finish_file(const char *file, int descriptor, mode_t permissions) {
     errcheck(fchmod(descriptor, permissions), file);
     errcheck(close(descriptor), file);
     errcheck(rename(unfinished.buffer, file), file);
+    if (ddt_trace(&trace_output, 1, 1)) eprintf("it is %s now\n", file);
     dytruncate(&unfinished, 0);
 }

@@ -4,9 +4,13 @@
 #include "shared/manners.h"
 
 #include <string.h>
+#include <tovan/ddt.h>
 #include <tovan/usage.h>
 
 namespace {
+
+constexpr char trace_flag[] = "V:";
+constexpr char trace_letter = trace_flag[0];
 
 [[noreturn]] void explain() {
     explflags();
@@ -35,23 +39,24 @@ const char *take_value(tools::options *flags, const char *known) {
     return value;
 }
 
+// Where a letter stands among those that are known; null when it is not.
+const char *known_letter(char letter, const char *letters) {
+    if (letter == trace_letter) return trace_flag;
+    return letter != ':' ? strchr(letters, letter) : nullptr;
+}
+
 int short_letter(tools::options *flags, const char *letters) {
     char letter = *flags->rest++;
     if (letter == 'x') explain();
-    const char *known = letter != ':' ? strchr(letters, letter) : nullptr;
+    const char *known = known_letter(letter, letters);
     if (known == nullptr) usage("-%c: invalid flag", letter);
     if (known[1] == ':') flags->value = take_value(flags, known);
     return letter;
 }
 
-}  // namespace
-
-tools::options tools::options_of(char **arguments) {
-    return {arguments, nullptr, nullptr};
-}
-
-int tools::next_flag(options *flags, const char *letters,
-                     const long_flag *names) {
+// The letter of the next flag of any kind, or 0.
+int any_flag(tools::options *flags, const char *letters,
+             const tools::long_flag *names) {
     if (flags->rest != nullptr && *flags->rest != '\0')
         return short_letter(flags, letters);
     flags->rest = nullptr;
@@ -62,4 +67,19 @@ int tools::next_flag(options *flags, const char *letters,
     if (word[1] == '-') return long_letter(word, names);
     flags->rest = word + 1;
     return short_letter(flags, letters);
+}
+
+}  // namespace
+
+tools::options tools::options_of(char **arguments) {
+    return {arguments, nullptr, nullptr};
+}
+
+int tools::next_flag(options *flags, const char *letters,
+                     const long_flag *names) {
+    for (;;) {
+        int letter = any_flag(flags, letters, names);
+        if (letter != trace_letter) return letter;
+        ddt_Vflags(flags->value);
+    }
 }

@@ -5,7 +5,8 @@
 //     // flags.next: the arguments behind the flags, null-terminated
 //
 // -x and --help write the registered explanation and end the tool well,
-// --version its version; a flag that is not in the list ends it in usage().
+// --version its version; -V FLAGS switches traces on (trace.h), -V x explains
+// them; a flag that is not in the list ends the tool in usage().
 #ifndef TOVAN_TOOLS_OPTIONS_H
 #define TOVAN_TOOLS_OPTIONS_H
 

@@ -1,18 +1,21 @@
 // expand.cc: texts over the build tree's variables.
 #include "vop/vop.h"
 
-#include "shared/options.h"
+#include "shared/trace.h"
+#include "vop/variables.h"
 
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
 #include <tovan/dystr.h>
+#include <tovan/errexit.h>
 #include <tovan/getdylin.h>
 #include <tovan/lvexpand.h>
-#include <tovan/lvget.h>
 #include <tovan/usage.h>
 
 namespace {
+
+TOOL_TRACE(expand, "each text before it is expanded")
 
 constexpr const char *explanation[] = {
     "Expands texts over the build tree's variables.",
@@ -27,6 +30,8 @@ constexpr const char *explanation[] = {
 };
 
 void expand_text(const char *text, dy *expanded, const char *where, int line) {
+    if (ddt_trace(&trace_expand, 1, 1))
+        eprintf("%s:%d: %s\n", where, line, text);
     dytruncate(expanded, 0);
     lvexpand(text, expanded, where, line);
     dyaddc(expanded, '\n');
@@ -41,15 +46,12 @@ void expand_input(dy *expanded) {
 }
 
 int run(char **arguments) {
-    const char *heap = nullptr;
-    tools::options flags = tools::options_of(arguments);
-    while (tools::next_flag(&flags, "f:", nullptr) != 0)
-        heap = flags.value;
-    char **texts = flags.next;
+    const char *heap;
+    char **texts = vop::take_heap_flag(arguments, &heap);
     if (*texts == nullptr && heap != nullptr && strcmp(heap, "-") == 0)
         usage("texts and variables cannot both come from standard input");
 
-    lvget(0, nullptr, 0, heap, nullptr);
+    vop::load_variables(heap);
     dy expanded;
     dynew(&expanded, 0);
     if (*texts == nullptr) expand_input(&expanded);

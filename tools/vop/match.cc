@@ -1,9 +1,13 @@
 // match.cc: a name against patterns, or a pattern against names.
 #include "vop/vop.h"
 
+#include "shared/trace.h"
+
 #include <tovan/fmatch.h>
 
 namespace {
+
+TOOL_TRACE(match, "the steps of matching (fmatch_trace)")
 
 constexpr const char *explanation[] = {
     "Tells by its status whether a name matches one of several patterns.",
@@ -18,7 +22,9 @@ constexpr const char *explanation[] = {
 };
 
 int run(char **arguments) {
-    return patmatch(vop::raw_arguments(arguments, 1)) ? 0 : 1;
+    char **words = vop::raw_arguments(arguments, 1);
+    fmatch_trace(ddt_trace(&trace_match, 1, 0));
+    return patmatch(words) ? 0 : 1;
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 #include "vop/vop.h"
 
 #include "shared/options.h"
+#include "shared/trace.h"
 
 #include <stdio.h>
 #include <stdlib.h>
@@ -9,11 +10,14 @@
 #include <tovan/chkalloc.h>
 #include <tovan/dypadd.h>
 #include <tovan/dystr.h>
+#include <tovan/errexit.h>
 #include <tovan/execstr.h>
 #include <tovan/private_split.h>
 #include <tovan/usage.h>
 
 namespace {
+
+TOOL_TRACE(run, "each command line, and its wait status")
 
 constexpr const char *explanation[] = {
     "Runs a command line: directly, or through the shell where it needs one.",
@@ -28,7 +32,9 @@ constexpr const char *explanation[] = {
 constexpr int signal_base = 128;  // as shells report a signal
 
 int run_line(const char *line) {
+    if (ddt_trace(&trace_run, 1, 1)) eprintf("%s\n", line);
     int status = execstr(0, 1, 2, 1, 0, line);
+    if (ddt_trace(&trace_run, 1, 1)) eprintf("0x%04x\n", status);
     if (WIFSIGNALED(status)) return signal_base + WTERMSIG(status);
     return WEXITSTATUS(status);
 }

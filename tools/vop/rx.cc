@@ -2,6 +2,7 @@
 #include "vop/vop.h"
 
 #include "shared/options.h"
+#include "shared/trace.h"
 
 #include <fcntl.h>
 #include <stdio.h>
@@ -15,6 +16,8 @@
 #include <unistd.h>
 
 namespace {
+
+TOOL_TRACE(rx, "the size of the program, and how many lines it sees")
 
 constexpr const char *explanation[] = {
     "Writes the lines of files that match a regular expression.",
@@ -62,6 +65,7 @@ constexpr const char *causes[] = {
 void compile(const char *pattern, bool folds) {
     int length = rxpcomp(pattern, '\0', folds);
     if (length < 0) errexit("`%s': %s", pattern, causes[-length - 1]);
+    if (ddt_trace(&trace_rx, 1, 1)) eprintf("%s: %d bytes\n", pattern, length);
 }
 
 void write_span(const char *start, const char *end) {
@@ -83,18 +87,22 @@ void write_match(const options *chosen, const char *name, const dy *line) {
 }
 
 bool search(const options *chosen, int descriptor, const char *name) {
-    bool found = false;
+    long lines = 0;
+    long written = 0;
     dy line{};
     rdy *reader = rdy_init(descriptor);
     while (rdy_getline(reader, &line, 0) != nullptr) {
+        lines++;
         bool matched = rxpeval(line.buffer) == 1;
         if (matched == chosen->inverts) continue;
-        found = true;
+        written++;
         write_match(chosen, name, &line);
     }
     free(reader);
     free(line.buffer);
-    return found;
+    if (ddt_trace(&trace_rx, 1, 1))
+        eprintf("%s: %ld of %ld lines\n", name, written, lines);
+    return written > 0;
 }
 
 bool search_file(const options *chosen, const char *name) {

@@ -1,7 +1,8 @@
 // srcs.cc: source files along SrcPath.
 #include "vop/vop.h"
 
-#include "shared/options.h"
+#include "shared/trace.h"
+#include "vop/variables.h"
 
 #include <stdio.h>
 #include <tovan/errexit.h>
@@ -9,6 +10,8 @@
 #include <tovan/usage.h>
 
 namespace {
+
+TOOL_TRACE(search, "which source files are found, and looked for (2)")
 
 constexpr const char *explanation[] = {
     "Finds source files in the directories of the variable SrcPath.",
@@ -20,16 +23,24 @@ constexpr const char *explanation[] = {
     nullptr,
 };
 
+const char *find_source(const char *file) {
+    for (char **folder = lvsrcdirs(1); *folder != nullptr; folder++) {
+        if (ddt_trace(&trace_search, 2, 1)) eprintf("%s/%s?\n", *folder, file);
+    }
+    const char *found = lvfndsrc(file, nullptr);
+    if (ddt_trace(&trace_search, 1, 1))
+        eprintf("%s: %s\n", file, found != nullptr ? found : "none");
+    return found;
+}
+
 int run(char **arguments) {
-    const char *heap = nullptr;
-    tools::options flags = tools::options_of(arguments);
-    while (tools::next_flag(&flags, "f:", nullptr) != 0)
-        heap = flags.value;
-    if (*flags.next == nullptr) usage("no file given");
-    lvget(0, nullptr, 0, heap, nullptr);
+    const char *heap;
+    char **files = vop::take_heap_flag(arguments, &heap);
+    if (*files == nullptr) usage("no file given");
+    vop::load_variables(heap);
     int status = 0;
-    for (char **file = flags.next; *file != nullptr; file++) {
-        const char *found = lvfndsrc(*file, nullptr);
+    for (char **file = files; *file != nullptr; file++) {
+        const char *found = find_source(*file);
         if (found != nullptr) {
             puts(found);
         } else {

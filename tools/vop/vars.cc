@@ -1,8 +1,8 @@
 // vars.cc: the build tree's variables by pattern.
 #include "vop/vop.h"
 
-#include "shared/options.h"
 #include "vop/listing.h"
+#include "vop/variables.h"
 
 #include <tovan/lvget.h>
 
@@ -25,12 +25,10 @@ int take_name(int, int, const char *name, const char *value) {
 }
 
 int run(char **arguments) {
-    const char *heap = nullptr;
-    tools::options flags = tools::options_of(arguments);
-    while (tools::next_flag(&flags, "f:", nullptr) != 0)
-        heap = flags.value;
-    lvget(0, nullptr, 0, heap, nullptr);
-    vop::start_listing(flags.next);
+    const char *heap;
+    char **patterns = vop::take_heap_flag(arguments, &heap);
+    vop::load_variables(heap);
+    vop::start_listing(patterns);
     lvwalk(0, take_name);
     return vop::finish_listing(lvvar);
 }
