@@ -25,7 +25,7 @@ namespace {
 struct level {
     int line;
     level *below;
-    char *name;  // never released: terms point at it
+    const char *name;  // for ever: terms point at it
 };
 
 struct operation_word {
@@ -54,7 +54,7 @@ constinit dy text{};
 
 void push_level(const char *name) {
     auto *pushed = static_cast<level *>(chkalloc(sizeof(level)));
-    *pushed = {1, top, savestr(name)};
+    *pushed = {1, top, dycache(name, static_cast<int>(strlen(name)))};
     top = pushed;
 }
 
