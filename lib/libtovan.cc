@@ -14,8 +14,8 @@
     X(execcmmd) X(execstr) X(fakeuse) X(fastout) X(findfile) X(fmatch)       \
     X(fmbraces) X(fmmemory) X(fopenfix) X(forkcmmd) X(frogtostr)             \
     X(function) X(getdylin) X(getdywrd) X(gethome) X(gethost) X(getpath)     \
-    X(getuname) X(home_morva) X(inclflgs) X(ingroup) X(issymlnk) X(istype)   \
-    X(isvopfil) X(itoa) X(ixpath) X(lclexit) X(leafnm) X(lexless)            \
+    X(getuname) X(globber) X(home_morva) X(inclflgs) X(ingroup) X(issymlnk)  \
+    X(istype) X(isvopfil) X(itoa) X(ixpath) X(lclexit) X(leafnm) X(lexless)  \
     X(libtovan) X(loadmaps) X(lvbracks) X(lvchksys) X(lverror) X(lvexpand)   \
     X(lvfndsrc) X(lvfnfile) X(lvfnpath) X(lvfntext) X(lvfnvars) X(lvfuncts)  \
     X(lvget) X(lvheap) X(lvhshtab) X(lvindex) X(lvpipe) X(lvsrcdir)          \

@@ -6,6 +6,7 @@
 #include <signal.h>
 #include <stdlib.h>
 #include <sys/ioctl.h>
+#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -36,6 +37,8 @@ input_descriptor::input_descriptor(const std::vector<std::string> &pieces) {
     descriptor_ = ends[0];
     writer_ = fork();
     if (writer_ == 0) {
+        // A reader that ends in a fatal message never says so.
+        prctl(PR_SET_PDEATHSIG, SIGKILL);
         for (const std::string &piece : pieces) {
             if (write(ends[1], piece.data(), piece.size()) == -1) break;
             int unread;
