@@ -5,7 +5,7 @@
 #include "../lib/add_map.cc"
 
 #include "fuzz.h"
-#include "memory_file.h"
+#include "table_file.h"
 
 #include <tovan/dospath.h>
 #include <tovan/sysnames.h>
@@ -70,12 +70,13 @@ void convert(const char *path) {
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size);
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
+    if (fuzz::nests_too_deep(data, size)) return 0;
     std::string input(reinterpret_cast<const char *>(data), size);
     load_rootmaps();
     drop_records();
     std::string path = input.c_str();
     size_t start = std::min(path.size() + 1, size);
-    load_mappings(fuzz::memory_file(data + start, size - start), 1);
+    load_mappings(fuzz::table_file(data + start, size - start), 1);
     check_records();
     convert(path.c_str());
     return 0;
