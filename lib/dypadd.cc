@@ -94,7 +94,8 @@ void **dypdelete(dyp *array, int index) {
     return slots;
 }
 
-// Deliberate: a negative index is stored at as it is (header).
+// Deliberate: a negative index is not looked at (test
+// dypseti_stores_at_a_negative_index_as_it_is).
 void **dypseti(dyp *array, const void *pointer, int index) {
     int count = array->count;
     if (index < count) {

@@ -5,6 +5,8 @@
 #include "ident.h"
 #include "strutil.h"
 
+// Deliberate: blanks, tabs and newlines only; other white space belongs to the
+// words (test dypsplit_keeps_other_white_space_in_words).
 void **dypsplit(dyp *array, char *text, int flags) {
     constexpr int split_a_copy = 1;
     if (text == nullptr) return array->array;

@@ -17,6 +17,7 @@ namespace {
 
 constexpr int default_size = 16;
 constexpr int string_marker = 1;  // arrays have 0 in the same place
+constexpr size_t short_run = 16;  // copied without a call
 
 char *start_empty(dy *string, int size) {
     string->capacity = size;
@@ -24,10 +25,8 @@ char *start_empty(dy *string, int size) {
     return string->buffer;
 }
 
-constexpr size_t short_run = 16;
-
-// Up to 16 bytes as two loads and two stores that may overlap: a call would
-// cost more than the copy.
+// A short run as two loads and two stores that may overlap: a call would cost
+// more than the copy.
 [[gnu::always_inline]] inline void copy_short(char *to, const char *from,
                                               size_t n) {
     if (n >= 8) {

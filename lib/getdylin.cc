@@ -25,8 +25,8 @@ namespace {
 constexpr int control_z = 26;
 constexpr int new_line_size = 56;
 constexpr int new_appended_size = 120;
-constexpr int least_piece = 64;
-constexpr int most_at_first = 512;
+constexpr int least_piece = 64;     // a line of usual length, or most of it
+constexpr int most_at_first = 512;  // what is filled for each short line
 constexpr int largest_piece = 1 << 20;
 
 struct piece {

@@ -1,7 +1,10 @@
 // dlalloc_test.cc: doubly linked lists of strings.
+#include "support/child.h"
 #include "support/records.h"
 
 #include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/resource.h>
 #include <tovan/dypadd.h>
 #include <list>
 #include <random>
@@ -57,6 +60,34 @@ TEST(dlalloc, a_released_node_keeps_its_buffer) {
     EXPECT_EQ(node->text.buffer, buffer);
     EXPECT_STRING(node->text, "", 56 + 128);
 }
+
+// An address-space limit is the end of the sanitizers, too.
+#ifndef __SANITIZE_ADDRESS__
+void end_memory() {
+    const rlimit none = {1 << 20, 1 << 20};
+    setrlimit(RLIMIT_AS, &none);
+}
+
+TEST(dlflist, gives_null_when_memory_ends) {
+    support::outcome end = support::in_child([] {
+        end_memory();
+        while (dlflist(nullptr) != nullptr)
+            continue;
+    });
+    EXPECT_EQ(end.exit_status, 0);
+}
+
+TEST(dlalloc, ends_when_memory_ends) {
+    support::outcome end = support::in_child([] {
+        end_memory();
+        while (dlflist(nullptr) != nullptr)
+            continue;
+        dlalloc();
+    });
+    EXPECT_EQ(end.signal, SIGABRT);
+    EXPECT_EQ(end.err, "test: Ran out of memory\n");
+}
+#endif
 
 TEST(dlflist, gives_what_came_back_last) {
     dl *a = dlalloc();

@@ -1,7 +1,10 @@
 // dydadd_test.cc: growing arrays of elements of a fixed size.
+#include "support/child.h"
 #include "support/records.h"
 
 #include <gtest/gtest.h>
+#include <limits.h>
+#include <signal.h>
 #include <stdint.h>
 #include <stdlib.h>
 #include <string.h>
@@ -86,6 +89,16 @@ TEST(dydadd, works_on_a_record_with_nothing_but_a_size) {
     array.element_size = 4;
     dydadd(&array, "abcd");
     EXPECT_DATA(array, "abcd", 8);
+    free(array.data);
+}
+
+// Refused with and without the room that is asked for first.
+TEST(dydadd, ends_when_memory_ends) {
+    constexpr int most = INT_MAX;
+    dyd array = {most / 2 - 1, 0, most, nullptr, most / 2, malloc(16)};
+    support::outcome end = support::in_child([&] { dydadd(&array, "x"); });
+    EXPECT_EQ(end.signal, SIGABRT);
+    EXPECT_EQ(end.err, "test: Ran out of memory\n");
     free(array.data);
 }
 

@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 #include <limits.h>
+#include <malloc.h>
 #include <signal.h>
 #include <stdlib.h>
 #include <tovan/dypadd.h>
@@ -188,6 +189,26 @@ TEST(dypseti, inside_the_array_nothing_else_changes) {
     owned_array array(3, 4);
     dypseti(&array, "z", 2);
     EXPECT_ARRAY(array, "abz", 4);
+}
+
+TEST(dypseti, dypseti_stores_at_a_negative_index_as_it_is) {
+    void *slots[8] = {};
+    dyp array = {2, 0, nullptr, 5, slots + 3};
+    EXPECT_EQ(dypseti(&array, "z", -1), slots + 3);
+    EXPECT_STREQ(static_cast<char *>(slots[2]), "z");
+    EXPECT_EQ(array.count, 2);
+}
+
+TEST(dypadd, growth_asks_the_allocator_rarely) {
+    owned_array array;
+    size_t size = 0;
+    int changes = 0;
+    for (int i = 0; i < 1000000; i++) {
+        size_t now = malloc_usable_size(dypadd(&array, "x"));
+        changes += now != size;
+        size = now;
+    }
+    EXPECT_LT(changes, 40);
 }
 
 TEST(dypadd, a_count_beyond_2_31_ends_as_out_of_memory) {

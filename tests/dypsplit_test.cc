@@ -49,6 +49,14 @@ TEST(dypsplit, dypsplit_rows) {
     }
 }
 
+TEST(dypsplit, dypsplit_keeps_other_white_space_in_words) {
+    char text[] = "\ra\v \fb\n";
+    dyp array{};
+    dypsplit(&array, text, 0);
+    EXPECT_EQ(words_of(array), (words{"\ra\v", "\fb"}));
+    free(array.array);
+}
+
 TEST(dypsplit, works_in_the_callers_string) {
     char text[] = " one \ttwo\n";
     dyp array{};

@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 #include <limits.h>
+#include <malloc.h>
 #include <signal.h>
 #include <stdlib.h>
 #include <string.h>
@@ -265,7 +266,7 @@ TEST(dypadc, pads_up_to_the_column) {
     }
 }
 
-TEST(dypadc, grows_by_the_column) {
+TEST(dypadc, dypadc_grows_by_the_column) {
     const struct {
         int held;
         int size;
@@ -290,6 +291,21 @@ TEST(dypadc, makes_room_for_a_nul_too) {
     owned_string string("abc", 4);
     dypadc(&string, 0, 100);
     EXPECT_STRING(string, "abc", 132);
+}
+
+// How often the block changes while the capacity goes up step by step.
+TEST(dystr, growth_asks_the_allocator_rarely) {
+    owned_string string("", 16);
+    size_t size = 0;
+    int changes = 0;
+    for (int i = 0; i < 1000000; i++) {
+        dyaddc(&string, 'c');
+        size_t now = malloc_usable_size(string.buffer);
+        changes += now != size;
+        size = now;
+    }
+    EXPECT_LT(changes, 40);
+    EXPECT_EQ(string.capacity, 16 + (1000000 - 16) / 64 * 64 + 64);
 }
 
 void expect_out_of_memory(const std::function<void()> &body) {

@@ -135,6 +135,10 @@ TEST(getdyline, a_short_line_behind_a_long_one) {
     EXPECT_EQ(lines_of(bytes), expected);
 }
 
+TEST(getdyline, a_line_of_many_megabytes) {
+    EXPECT_TRUE(lines_of(repeated(20000000)) == lines{repeated(20000000)});
+}
+
 TEST(getdyline, makes_a_string_of_56_bytes) {
     input_stream stream("abc\n");
     dy line{};

@@ -101,6 +101,12 @@ TEST(rdy_getline, leading_blanks_over_several_blocks) {
     EXPECT_EQ(lines_of(input, skip_leading), (lines{"a"}));
 }
 
+TEST(rdy_getline, a_line_of_many_megabytes) {
+    std::string line(20000000, 'x');
+    input_descriptor input(line + "\n");
+    EXPECT_TRUE(lines_of(input, 0) == lines{line});
+}
+
 TEST(rdy_getline, makes_a_string_of_120_bytes) {
     for (int flags : {0, append_to_string}) {
         input_descriptor input(std::string("abc\n"));
