@@ -16,8 +16,8 @@ std::string letters(int n, char letter = 'x') {
     return std::string(static_cast<size_t>(n), letter);
 }
 
-// The cache lasts as long as the process: each test has one of its own, also
-// when they all run in one program.
+// The cache lasts as long as the process. Each test but the last has a process
+// of its own, so that they can all run in one program.
 void with_fresh_cache(const std::function<void()> &body) {
     support::outcome end = support::in_child([&] {
         body();
@@ -125,26 +125,24 @@ class chunk_list {
 };
 
 TEST(dycache, finds_the_same_chunk_as_a_walk_along_the_list) {
-    with_fresh_cache([] {
-        std::mt19937 random(2);
-        chunk_list list;
-        std::vector<char *> starts;
-        std::vector<std::pair<char *, std::string>> kept;
-        for (int i = 0; i < 20000; i++) {
-            unsigned kind = static_cast<unsigned>(random() % 100);
-            int n = static_cast<int>(kind < 80   ? random() % 40
-                                     : kind < 97 ? random() % 600
-                                                 : random() % 2000);
-            std::string text = letters(n, static_cast<char>('a' + i % 26));
-            auto [chunk, used] = list.place(n);
-            char *copy = cached(text);
-            if (chunk == starts.size()) starts.push_back(copy);
-            ASSERT_EQ(copy, starts[chunk] + used) << i;
-            kept.push_back({copy, text});
-        }
-        for (const auto &[copy, text] : kept)
-            ASSERT_EQ(std::string(copy), text);
-    });
+    std::mt19937 random(2);
+    chunk_list list;
+    std::vector<char *> starts;
+    std::vector<std::pair<char *, std::string>> kept;
+    for (int i = 0; i < 20000; i++) {
+        unsigned kind = static_cast<unsigned>(random() % 100);
+        int n = static_cast<int>(kind < 80   ? random() % 40
+                                 : kind < 97 ? random() % 600
+                                             : random() % 2000);
+        std::string text = letters(n, static_cast<char>('a' + i % 26));
+        auto [chunk, used] = list.place(n);
+        char *copy = cached(text);
+        if (chunk == starts.size()) starts.push_back(copy);
+        ASSERT_EQ(copy, starts[chunk] + used) << i;
+        kept.push_back({copy, text});
+    }
+    for (const auto &[copy, text] : kept)
+        ASSERT_EQ(std::string(copy), text);
 }
 
 }  // namespace
