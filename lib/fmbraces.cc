@@ -5,6 +5,7 @@
 #include "ident.h"
 #include "private_error.h"
 #include "private_fmatch.h"
+#include "private_fmfind.h"
 #include "private_fmmemory.h"
 
 #include <stdio.h>
@@ -17,10 +18,13 @@
 // own; a step that fails goes on with the newest one. The first step that
 // comes to both ends succeeds, and with it everything.
 //
-// In "x{a,b*}y" the "{" leaves the choice {a | b*} and the position behind
-// "}", where both go on: "," and "}" jump there. "xay" comes through at once;
-// in "xby" the step of "a" fails and "b*" is tried, whose star leaves a choice
-// of the places where "}" and so "y" may go on.
+// In "x{a,b*}y" the "{" leaves the choice of "a" and "b*"; either goes on at
+// "y", because "," and "}" lead behind the brace. "xay" comes through at once;
+// in "xb-y" "a" fails, and the star of "b*" leaves a choice of the places where
+// "}" and so "y" may go on.
+//
+// What is not traced skips tries whose first literals differ: nothing could
+// be seen of them.
 //
 // Tried in that order only, "{a,a}{a,a}{a,a}z" would take time exponential in
 // the number of braces. So once a match turns out long, steps that failed are
@@ -65,73 +69,12 @@ const char *shown(text_pointer text) {
     return text != nullptr ? reinterpret_cast<const char *>(text) : "NULL";
 }
 
-// What the two finders look at.
-constexpr byte_set sought("\\[{,}");
-
-// Behind the "}" of the brace whose "{" is behind `p`, or at the end of the
-// pattern.
-// Deliberate: a class ends at the next "[" here and at the next "]" in
-// next_alternative() (test class_ends_differ_in_the_two_finders).
-text_pointer close_of(text_pointer p) {
-    for (int depth = 0;;) {
-        while (!sought.holds[*p])
-            ++p;
-        switch (*p++) {
-            case '\0':
-                return p - 1;
-            case '\\':
-                p += *p != '\0';
-                break;
-            case '[':
-                p += *p == ']';
-                while (*p != '\0' && *p++ != '[') {
-                }
-                break;
-            case '{':
-                ++depth;
-                break;
-            case '}':
-                if (depth-- == 0) return p;
-        }
-    }
-}
-
-// Behind the next "," of this brace, or null. Its end is where the next
-// single "}" is seen from here, not where close_of() saw it.
-text_pointer next_alternative(text_pointer p) {
-    for (int depth = 0;;) {
-        while (!sought.holds[*p])
-            ++p;
-        switch (*p++) {
-            case '\0':
-                return nullptr;
-            case '\\':
-                p += *p != '\0';
-                break;
-            case '[':
-                p += *p == ']';
-                while (*p != '\0' && *p++ != ']') {
-                }
-                break;
-            case '{':
-                ++depth;
-                break;
-            case '}':
-                if (depth-- == 0) return nullptr;
-                break;
-            case ',':
-                if (depth == 0) return p;
-        }
-    }
-}
-
 // In braces all other bytes stand for themselves.
 constexpr byte_set special_in_braces("*?[\\{,}");
 
-// Matches literals; nowhere when one differs. What a step does here is
-// nothing that anyone could see, unless it is traced.
-place match_literals(text_pointer p, text_pointer f) {
-    for (; !special_in_braces.holds[*p]; ++p, ++f) {
+// Matches literals; nowhere when one differs.
+place match_literals(text_pointer p, text_pointer f, size_t *steps) {
+    for (; !special_in_braces.holds[*p]; ++p, ++f, ++*steps) {
         if (*p != *f) return nowhere;
     }
     return {p, f};
@@ -177,7 +120,8 @@ struct brace_matcher {
     bool run();
     bool walk();
     passed pass_special();
-    place alternative_from(text_pointer p, text_pointer f) const;
+    place alternative_from(text_pointer p, text_pointer f);
+    place alternative_behind(text_pointer p, text_pointer f);
     passed enter_brace();
     passed leave_brace();
     passed meet_star();
@@ -189,9 +133,9 @@ struct brace_matcher {
     bool try_alternative(choice *newest);
     bool try_place(choice *newest);
     void remember(const choice &spent);
-    text_pointer close_below(int levels) const;
+    text_pointer close_below(int levels);
     void report_close();
-    void trace(const char *sign) const;
+    void trace(const char *sign);
 
     size_t offset(text_pointer position) const {
         return static_cast<size_t>(position - origin);
@@ -199,14 +143,17 @@ struct brace_matcher {
 };
 
 // The close of the innermost brace, or of one further out; null: none is open.
-text_pointer brace_matcher::close_below(int levels) const {
+text_pointer brace_matcher::close_below(int levels) {
     int slot = open.depth - 1 - levels;
-    return slot >= 0 ? close_of(open.inside[slot]) : nullptr;
+    if (slot < 0) return nullptr;
+    if (open.close[slot] == nullptr)
+        open.close[slot] = find_in_brace<for_close>(open.inside[slot], &steps);
+    return open.close[slot];
 }
 
 // Chosen: levels beyond 0x1ff keep their low bits only, so that the mark can
 // always be read.
-void brace_matcher::trace(const char *sign) const {
+void brace_matcher::trace(const char *sign) {
     for (int i = 0; i < level; ++i)
         fputs("  ", stderr);
     tovan::error("%s%04o: %d: p=%s; f=%s; pc=%s", sign,
@@ -249,15 +196,22 @@ passed brace_matcher::leave_choice(step_mark why, text_pointer p,
     return stop;
 }
 
-// The first alternative from `p` on that does not fail over its first
-// literals; the result stands behind them, or nowhere.
-place brace_matcher::alternative_from(text_pointer p, text_pointer f) const {
-    for (; p != nullptr; p = next_alternative(p)) {
+// The alternative at `p`, or the first one behind it, that does not fail over
+// its first literals; the result stands behind them, or nowhere.
+place brace_matcher::alternative_from(text_pointer p, text_pointer f) {
+    if (traced) return {p, f};
+    place at = match_literals(p, f, &steps);
+    return at.pattern != nullptr ? at : alternative_behind(p, f);
+}
+
+place brace_matcher::alternative_behind(text_pointer p, text_pointer f) {
+    for (;;) {
+        p = find_in_brace<for_comma>(p, &steps);
+        if (p == nullptr) return nowhere;
         if (traced) return {p, f};
-        place at = match_literals(p, f);
+        place at = match_literals(p, f, &steps);
         if (at.pattern != nullptr) return at;
     }
-    return nowhere;
 }
 
 passed brace_matcher::enter_brace() {
@@ -269,11 +223,15 @@ passed brace_matcher::enter_brace() {
     text_pointer inside = pattern + 1;
     place first = alternative_from(inside, subject);
     if (first.pattern == nullptr) return stop;
-    open.inside[open.depth++] = inside;
+    open.inside[open.depth] = inside;
+    open.close[open.depth++] = nullptr;
     if (traced) return leave_choice(by_alternative, inside, subject, no_limit);
-    place other = alternative_from(next_alternative(first.pattern), subject);
-    if (other.pattern != nullptr)
+    place other = alternative_behind(first.pattern, subject);
+    if (other.pattern != nullptr) {
+        // Once for all alternatives; a single one may never get there.
+        close_below(0);
         leave_choice(by_alternative, other.pattern, other.subject, no_limit);
+    }
     pattern = first.pattern;
     subject = first.subject;
     return go_on;
@@ -358,7 +316,7 @@ bool brace_matcher::try_alternative(choice *newest) {
     if (newest->pattern == nullptr) return false;
     pattern = newest->pattern;
     subject = newest->subject;
-    place other = alternative_from(next_alternative(pattern), newest->start);
+    place other = alternative_behind(pattern, newest->start);
     newest->pattern = other.pattern;
     newest->subject = other.subject;
     return true;
@@ -374,7 +332,7 @@ bool brace_matcher::try_place(choice *newest) {
             newest->limit = next;  // this is the last try
         }
         place at = {newest->pattern + literal, next + literal};
-        if (!traced) at = match_literals(at.pattern, at.subject);
+        if (!traced) at = match_literals(at.pattern, at.subject, &steps);
         if (at.pattern == nullptr) continue;
         newest->subject = next + 1;
         pattern = at.pattern;

@@ -56,8 +56,8 @@ bool match_traced(text_pointer whole, text_pointer f);
 // Matches from a star at depth 0 on; where it meets a "{", by match_braces().
 bool match_stars(text_pointer whole, text_pointer p, text_pointer f);
 
-// Characters passed and positions tried by the last match_braces(): the tests
-// hold it against its bound.
+// Characters passed and places tried by the last match_braces(), stretches
+// left to match_stars() by their length: the tests hold it against its bound.
 extern size_t brace_steps;
 
 }  // namespace tovan

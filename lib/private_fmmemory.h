@@ -10,17 +10,19 @@ namespace [[gnu::visibility("hidden")]] tovan {
 
 constexpr int deepest = 5;  // open braces
 
-// The open braces: for each the position right behind its "{". Where it ends
-// is looked for when a step gets there.
+// The open braces: where each begins, behind its "{", and where it ends, behind
+// its "}" or null while nobody asked. Slots above the depth hold nothing.
 struct brace_stack {
     int depth;
     text_pointer inside[deepest];
+    text_pointer close[deepest];
 
-    // Slots above the depth hold nothing.
     void copy(const brace_stack &from) {
         depth = from.depth;
-        for (int i = 0; i < depth; ++i)
+        for (int i = 0; i < depth; ++i) {
             inside[i] = from.inside[i];
+            close[i] = from.close[i];
+        }
     }
 };
 
