@@ -36,8 +36,8 @@ int limited_capacity(int64_t wanted, int64_t needed);
 //   fails     nocore()
 void *make_room(void *block, size_t size);
 
-// How far an address lies behind the start of a block; for one that lies
-// elsewhere, more than any size.
+// How far an address lies behind the start of a block; not below the size of
+// the block for one that lies outside.
 inline size_t offset_in(const void *block, const void *address) {
     return reinterpret_cast<uintptr_t>(address) -
            reinterpret_cast<uintptr_t>(block);
