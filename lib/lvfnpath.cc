@@ -38,7 +38,7 @@ void find_roots() {
     const char *path = lvvar("RootPath");
     tovan::remember(&root_path, path != nullptr ? path : "/");
     dypreuse(&roots);
-    splitlist(&roots, const_cast<char *>(root_path.text));
+    splitlist(&roots, root_path.text);
 }
 
 bool has_type(const char *root, const char *type, dy *name) {

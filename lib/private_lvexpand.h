@@ -39,7 +39,7 @@ char **words_of(char *argument);
 // What a function found at its first use, for the rest of the process.
 struct first_use {
     bool made;
-    const char *text;  // null when there was nothing
+    char *text;  // null when there was nothing
 };
 
 // Keeps a copy: a heap may be loaded again, the environment may change.
