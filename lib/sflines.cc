@@ -1,7 +1,8 @@
 // sflines.cc: lines of the file that is being fixed, and what they are.
 //
 // Most lines hold no "@": they are found out by one search and are written
-// from where they were read to.
+// from where they were read to. Standard input comes through the stream that
+// the rest of the program reads it from; other files come in blocks.
 #include "sfixfile.h"
 
 #include "dystr.h"
@@ -13,6 +14,7 @@
 #include "private_sflines.h"
 #include "private_sfopen.h"
 #include "private_sfproc.h"
+#include "private_sfwindow.h"
 #include "private_strutil.h"
 #include "sfdict.h"
 
@@ -23,6 +25,8 @@
 
 using tovan::sf_line;
 using tovan::sf_span;
+using tovan::sf_text;
+using tovan::sf_window;
 
 constinit const char *sfixfile_file = nullptr;
 constinit int sfixfile_lc = 0;
@@ -39,8 +43,10 @@ struct fixed_file {
     int check;
     int status;
     bool has_ended;
-    bool has_at_sign;  // the line read last
-    dy line;
+    sf_text line;      // the one read last
+    bool has_at_sign;  // in that line
+    sf_window window;
+    dy stdin_line;
     dy expansion;
 };
 constinit fixed_file file{};
@@ -71,14 +77,10 @@ const char *over_blanks(const char *next) {
     return next;
 }
 
-const char *end_of_line() {
-    return file.line.buffer + file.line.length;
-}
-
 // Expands the line from `start` on.
 void expand_from(const char *start) {
     dyreuse(&file.expansion, 0);
-    sf_span text{start, end_of_line()};
+    sf_span text{start, file.line.end};
     if (tovan::substitute(text, &file.expansion, sfixfile_file, sfixfile_lc))
         return;
     file.status |= 1;
@@ -96,16 +98,30 @@ void expand_operand(const char *start) {
 }
 
 bool is_end_mark() {
-    return file.line.length == sizeof end_mark - 1 &&
-           memcmp(file.line.buffer, end_mark, sizeof end_mark) == 0;
+    constexpr size_t length = sizeof end_mark - 1;
+    return file.line.end == file.line.start + length &&
+           memcmp(file.line.start, end_mark, length) == 0;
+}
+
+bool read_stdin_line() {
+    char *start = getdyline(file.stream, &file.stdin_line, 0);
+    if (start == nullptr) return false;
+    file.line = {start, start + file.stdin_line.length};
+    return true;
+}
+
+bool read_file_line() {
+    if (next_line(&file.window, &file.line)) return true;
+    if (file.window.has_failed) errexit("%s: %s", sfixfile_file, syserr());
+    return false;
 }
 
 // Chosen: what ends a file ends it for good: nothing is read behind an end
 // mark, whoever asks.
 bool fetch_line() {
     if (file.has_ended) return false;
-    file.has_ended =
-        getdyline(file.stream, &file.line, 0) == nullptr || is_end_mark();
+    bool is_there = file.stream == stdin ? read_stdin_line() : read_file_line();
+    file.has_ended = !is_there || is_end_mark();
     return !file.has_ended;
 }
 
@@ -113,6 +129,7 @@ bool fetch_line() {
 
 void tovan::open_fixed(const char *path, int check) {
     file.stream = sf_openfile(path);
+    open_window(&file.window, fileno(file.stream));
     file.check = check;
     file.status = 0;
     file.has_ended = false;
@@ -123,10 +140,11 @@ void tovan::open_fixed(const char *path, int check) {
 sf_line tovan::read_line() {
     if (!fetch_line()) return line_end;
     sfixfile_lc = tovan::line_after(sfixfile_lc);
-    const char *line = file.line.buffer;
-    const void *at = memchr(line, '@', static_cast<size_t>(file.line.length));
+    sf_text line = file.line;
+    const void *at =
+        memchr(line.start, '@', static_cast<size_t>(line.end - line.start));
     file.has_at_sign = at != nullptr;
-    if (at == nullptr || over_blanks(line) != at) return line_text;
+    if (at == nullptr || over_blanks(line.start) != at) return line_text;
     const char *sign = static_cast<const char *>(at);
     sf_line type = type_of(sign[1]);
     if (type != line_text) expand_operand(sign + 2);
@@ -138,15 +156,14 @@ dy *tovan::line_operand() {
 }
 
 tovan::sf_output tovan::expand_line(int64_t tabs) {
-    char *start = file.line.buffer;
-    for (; tabs > 0 && *start == '\t'; --tabs)
-        ++start;
-    auto skipped = static_cast<int>(start - file.line.buffer);
+    sf_text line = file.line;
+    for (; tabs > 0 && *line.start == '\t'; --tabs)
+        ++line.start;
     if (!file.has_at_sign) {
-        dyaddc(&file.line, '\n');
-        return {file.line.buffer + skipped, file.line.length - skipped};
+        *line.end = '\n';
+        return {line.start, static_cast<int>(line.end - line.start) + 1};
     }
-    expand_from(start);
+    expand_from(line.start);
     dyaddc(&file.expansion, '\n');
     return {file.expansion.buffer, file.expansion.length};
 }

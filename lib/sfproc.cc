@@ -272,6 +272,12 @@ const char *replace_reference(expansion *each, const char *name) {
     reference found{};
     found.name = name;
     found.name_length = static_cast<size_t>(name_end - name);
+    if (*name_end == '@' && (sf_uflag & tovan::trace_names) == 0) {
+        // What most references are.
+        sf_span value = value_span(&found);
+        dyspan(each->output, value.start, value.end);
+        return name_end + 1;
+    }
     bool is_kept = is_not_set_mark(&found, each->end);
     if (!is_kept) {
         const char *what = read_operator(&found, name_end);

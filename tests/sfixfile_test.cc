@@ -448,6 +448,70 @@ TEST_F(sfixfile_test, standard_input_serves_one_reader) {
         255, "test: cannot use stdin twice\n");
 }
 
+// Standard input and other files are read in different ways.
+TEST_F(sfixfile_test, standard_input_is_cut_into_lines_like_files) {
+    const std::string nul("a\0b\r\n\0", 6);
+    for (const std::string &content :
+         {std::string(""), std::string("\n"), std::string("a"),
+          std::string("a\r"), std::string("\r"), std::string("\r\r\n\r"),
+          std::string("\x1a"), std::string("a\n\x1a"), std::string("a\x1a"),
+          std::string("a\r\x1a"), std::string("a\x1a\r"),
+          std::string("\x1a\nb"), std::string("a\n@$EOF\nb\n"), nul,
+          nul + "@A@" + nul, std::string(70000, 'x') + "\n@A@\r\ny"}) {
+        std::string from_stdin =
+            support::in_child(
+                [] {
+                    written.clear();
+                    sfixfile("-", 0);
+                    fwrite(written.data(), 1, written.size(), stdout);
+                },
+                content)
+                .out;
+        EXPECT_EQ(from_stdin, fix(content).text) << content.substr(0, 20);
+    }
+}
+
+TEST_F(sfixfile_test, stream_of_standard_input_goes_on_behind_the_end_mark) {
+    setsfwrite(collect);
+    EXPECT_EQ(support::in_child(
+                  [] {
+                      sfixfile("-", 0);
+                      for (int c; (c = getchar()) != EOF;)
+                          putchar(c);
+                  },
+                  "a\n@$EOF\nrest\n")
+                  .out,
+              "rest\n");
+}
+
+// Files are read in blocks of 65536 bytes, which grow with longer lines.
+TEST_F(sfixfile_test, lines_across_blocks_are_whole) {
+    for (size_t length : {65533u, 65534u, 65535u, 65536u, 65537u, 131072u}) {
+        std::string first(length, 'x');
+        std::string second(70, 'y');
+        EXPECT_EQ(fix(first + "\n" + second + "\n@A@\n").text,
+                  first + "\n" + second + "\nvalue\n");
+        EXPECT_EQ(fix(first + "\r\n\r\n" + second).text,
+                  first + "\n\n" + second + "\n");
+        EXPECT_EQ(fix(first + "@A@\x1a").text, first + "value\n");
+        EXPECT_EQ(fix("\n" + first).text, "\n" + first + "\n");
+    }
+}
+
+TEST_F(sfixfile_test, many_lines_are_cut_as_they_are) {
+    std::mt19937 random(64);
+    std::string content;
+    std::string expected;
+    for (int i = 0; i < 20000; ++i) {
+        std::string line(random() % (i % 1000 == 0 ? 100000 : 100), 'z');
+        bool has_reference = random() % 5 == 0;
+        content += line + (has_reference ? "@A@\r\n" : "\n");
+        expected += line + (has_reference ? "value\n" : "\n");
+    }
+    EXPECT_EQ(fix(content).text, expected);
+    EXPECT_EQ(sfixfile_lc, 20000);
+}
+
 TEST_F(sfixfile_test, no_descriptor_is_left_open) {
     fix("x\n");
     int before = dup(0);
