@@ -1,15 +1,16 @@
 // lvexpand_fuzz.cc: any text over a few variables. What the library expands,
 // the rules one by one must expand to the same.
 #include "fuzz.h"
-#include "memory_file.h"
 #include "support/heap_image.h"
 #include "support/plain_expansion.h"
 
 #include <stdlib.h>
 #include <string.h>
+#include <sys/mman.h>
 #include <tovan/dystr.h>
 #include <tovan/lvexpand.h>
 #include <tovan/lvget.h>
+#include <unistd.h>
 
 namespace {
 
@@ -17,30 +18,34 @@ void expect(bool holds) {
     if (!holds) abort();
 }
 
-const char *heap_file(const std::vector<support::variable> &variables) {
+// The name of a heap file in memory.
+std::string heap_file(const std::vector<support::variable> &variables) {
     std::string bytes = support::heap_of(variables);
-    return fuzz::memory_file(bytes.data(), bytes.size());
+    int descriptor = memfd_create("heap", 0);
+    expect(write(descriptor, bytes.data(), bytes.size()) ==
+           static_cast<ssize_t>(bytes.size()));
+    return "/proc/self/fd/" + std::to_string(descriptor);
 }
 
 void set_up() {
-    lvget(0, nullptr, 0,
-          heap_file({
-              {"A", "a"},
-              {"Pad", " a b "},
-              {"Empty", ""},
-              {"Call", "take1st"},
-              {"X[a]", "xa"},
-              {"X[]", "x"},
-              {"X[x*]", "pattern"},
-              {"X", "plain"},
-              {"SrcPath", ". src"},
-              {"CurDir", "/tree"},
-              {"RootPath", "/tree /net"},
-              {"TreeType[/net]", "t"},
-              {"System[Name]", "linux"},
-          }),
-          nullptr);
-    setenv("TRAITS_FILE", heap_file({{"MAXLEAFLEN", "255"}}), 1);
+    const std::string variables = heap_file({
+        {"A", "a"},
+        {"Pad", " a b "},
+        {"Empty", ""},
+        {"Call", "take1st"},
+        {"X[a]", "xa"},
+        {"X[]", "x"},
+        {"X[x*]", "pattern"},
+        {"X", "plain"},
+        {"SrcPath", ". src"},
+        {"CurDir", "/tree"},
+        {"RootPath", "/tree /net"},
+        {"TreeType[/net]", "t"},
+        {"System[Name]", "linux"},
+    });
+    const std::string traits = heap_file({{"MAXLEAFLEN", "255"}});
+    lvget(0, nullptr, 0, variables.c_str(), nullptr);
+    setenv("TRAITS_FILE", traits.c_str(), 1);
     setenv("MORVA", "/nowhere", 1);
     setenv("HOME", "/nowhere", 1);
     setenv("PATH", "/bin", 1);
