@@ -39,7 +39,8 @@ __extension__ typedef struct testrec {
 } testrec;
 
 // Does what the arguments of a program ask for; progname becomes the last
-// component of the first one, and the driver's usage text is registered.
+// component of the first one (not copied), and the driver's usage text is
+// registered.
 //     -x, -?   writes that text and the tests; ends with lclexit(0)
 //     -v       frames each test by lines on standard error
 //     -X       explains the tests that are named, or all

@@ -85,12 +85,12 @@ std::string invalid(const std::string &letter) {
 
 // Calls the driver as the main function of bin/drive does.
 int drive(std::vector<std::string> words, const testrec *const *table) {
-    words.insert(words.begin(), "bin/drive");
-    std::vector<char *> argv;
+    static char name[] = "bin/drive";  // progname points into it
+    std::vector<char *> argv = {name};
     for (std::string &word : words)
         argv.push_back(word.data());
     argv.push_back(nullptr);
-    return testdriver(static_cast<int>(words.size()), argv.data(), table);
+    return testdriver(static_cast<int>(argv.size()) - 1, argv.data(), table);
 }
 
 struct row {

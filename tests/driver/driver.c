@@ -27,36 +27,37 @@ static int try_numbers(int argc, char **argv) {
     return result;
 }
 
-// The words with one blank between two of them.
-static char *joined(const dyp *words, dy *text) {
-    dyreuse(text, 0);
-    for (int i = 0; i < words->count; i++) {
-        dyaddspace(text);
-        dystr(text, words->array[i]);
+// Joins the words of a line with one blank between two of them; returns how
+// many there are.
+static int join_words(const char *line, dy *joined) {
+    char *copy = savestr(line);
+    dyp words = {0};
+    dypreuse(&words);
+    dypsplit(&words, copy, 0);
+    dyreuse(joined, 0);
+    for (int i = 0; i < words.count; i++) {
+        dyaddspace(joined);
+        dystr(joined, words.array[i]);
     }
-    return text->buffer;
+    free(words.array);
+    free(copy);
+    return words.count;
 }
 
 static int try_words(int argc, char **argv) {
     static char *own[] = {"", "one", "one two  \tthree\n", NULL};
     int result = 0;
-    dyp words = {0};
-    dyp again = {0};
     dy text = {0};
-    dy text_again = {0};
+    dy again = {0};
     for (char **line = given_or(argc, argv, own); *line != NULL; line++) {
-        dypreuse(&words);
-        dypreuse(&again);
-        dypsplit(&words, *line, 1);
-        printf("%d: %s\n", words.count, joined(&words, &text));
-        dypsplit(&again, text.buffer, 1);
-        if (strcmp(joined(&again, &text_again), text.buffer) != 0)
+        int count = join_words(*line, &text);
+        printf("%d: %s\n", count, text.buffer);
+        if (join_words(text.buffer, &again) != count ||
+            strcmp(again.buffer, text.buffer) != 0)
             result = wrong_words;
     }
-    free(words.array);
-    free(again.array);
     free(text.buffer);
-    free(text_again.buffer);
+    free(again.buffer);
     return result;
 }
 
