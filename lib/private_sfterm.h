@@ -1,5 +1,5 @@
 // private_sfterm.h (private): the dictionary's terms and their index.
-// Builds on: dystr.h.
+// Builds on: dystr.h, private_istype.h.
 #ifndef TOVAN_PRIVATE_SFTERM_H
 #define TOVAN_PRIVATE_SFTERM_H
 

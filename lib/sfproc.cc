@@ -19,11 +19,13 @@
 #include "private_error.h"
 #include "private_istype.h"
 #include "private_sfproc.h"
+#include "private_sfrefer.h"
 #include "private_sfterm.h"
 
 #include <stdio.h>
 #include <string.h>
 
+using tovan::sf_reference;
 using tovan::sf_span;
 
 constinit char sf_splitchar = '\\';
@@ -32,28 +34,6 @@ constinit unsigned char sf_uflag = 0;
 namespace {
 
 constexpr char split_indent[] = "\n\t\t";
-
-// What may be wrong with a reference.
-constexpr char no_closing[] = "missing terminating '@'";
-constexpr char not_closed[] = "terminating '@' missing";
-constexpr char wrong_percent[] = "unsupported % operator";
-constexpr char wrong_operator[] = "unsupported @ operator";
-constexpr char wrong_hash[] = "unsupported @V#?@ operator";
-constexpr char wrong_backslash[] = "unsupported @V\\?@ operator";
-
-// An argument with escaped characters, without its backslashes. Filled by
-// read_argument(), valid until its next call; kept for its room.
-constinit dy unescaped{};
-
-struct reference {
-    const char *name;
-    size_t name_length;
-    bool is_quoted;
-    char operation;  // the character behind the name, "@" for none
-    char variant;    // the one behind "#" or a backslash
-    sf_span argument;
-    const char *after;  // behind the closing "@"
-};
 
 // One text on its way.
 struct expansion {
@@ -68,7 +48,7 @@ sf_span span_of(const char *text) {
     return {text, text + strlen(text)};
 }
 
-sf_span value_span(const reference *found) {
+sf_span value_span(const sf_reference *found) {
     const tovan::sf_term *term =
         tovan::find_term(found->name, found->name_length);
     if (term != nullptr)
@@ -87,85 +67,8 @@ bool is_equal(sf_span a, sf_span b) {
     return memcmp(a.start, b.start, length) == 0;
 }
 
-// Reads the "@" behind an operator that takes no argument.
-const char *read_closing(reference *found, const char *next) {
-    if (*next != '@') return not_closed;
-    found->after = next + 1;
-    return nullptr;
-}
-
-const char *read_argument(reference *found, const char *next) {
-    const char *run = next;
-    found->argument.start = next;
-    dyreuse(&unescaped, 0);
-    for (; *next != '@'; ++next) {
-        if (*next == '\0') return no_closing;
-        if (*next != '\\' || (next[1] != '@' && next[1] != '\\')) continue;
-        dyspan(&unescaped, run, next);
-        run = ++next;
-    }
-    found->argument.end = next;
-    found->after = next + 1;
-    if (run == found->argument.start) return nullptr;
-    dyspan(&unescaped, run, next);
-    found->argument = {unescaped.buffer, unescaped.buffer + unescaped.length};
-    return nullptr;
-}
-
-const char *read_hash_form(reference *found, const char *next) {
-    found->variant = *next;
-    switch (*next) {
-        case 'd':
-        case 'u':
-        case 's':
-        case ':':
-            return read_closing(found, next + 1);
-        case 'i':
-            return read_argument(found, next + 1);
-        default:
-            return wrong_hash;
-    }
-}
-
-const char *read_backslash_form(reference *found, const char *next) {
-    found->variant = *next;
-    if (*next != '_' && *next != ':') return wrong_backslash;
-    return read_argument(found, next + 1);
-}
-
-// Reads what follows the name.
-//   result    null, or what is wrong
-const char *read_operator(reference *found, const char *next) {
-    if (*next == '%') {
-        if (next[1] != 's') return wrong_percent;
-        found->is_quoted = true;
-        next += 2;
-    }
-    found->operation = *next;
-    switch (*next) {
-        case '@':
-            return read_closing(found, next);
-        case '?':
-            return read_closing(found, next + 1);
-        case ':':
-        case '+':
-        case '-':
-        case '=':
-        case '|':
-            return read_argument(found, next + 1);
-        case '#':
-            return read_hash_form(found, next + 1);
-        case '\\':
-            return read_backslash_form(found, next + 1);
-        case '\0':
-            return no_closing;
-        default:
-            return wrong_operator;
-    }
-}
-
 // The result of a form that chooses one text.
-sf_span chosen(const reference *found, sf_span value) {
+sf_span chosen(const sf_reference *found, sf_span value) {
     bool is_set = !is_empty(value);
     switch (found->operation) {
         case ':':
@@ -197,7 +100,7 @@ void write_include(dy *output, sf_span file, sf_span otherwise) {
     dyaddc(output, '>');
 }
 
-void write_hash_form(dy *output, const reference *found, sf_span value) {
+void write_hash_form(dy *output, const sf_reference *found, sf_span value) {
     switch (found->variant) {
         case 'd':
             return tovan::write_each(output, value, "\n#define\t", "\t1");
@@ -213,8 +116,8 @@ void write_hash_form(dy *output, const reference *found, sf_span value) {
 }
 
 // "|", "\_" and "\:": the words of the value, or else of the argument, a line
-// each. The last character of `between` is where the split character goes.
-void write_split_form(dy *output, const reference *found, sf_span value) {
+// each.
+void write_split_form(dy *output, const sf_reference *found, sf_span value) {
     char between[8];
     char *next = between;
     const char *separators = "  ";
@@ -229,7 +132,7 @@ void write_split_form(dy *output, const reference *found, sf_span value) {
                        separators, span_of(between));
 }
 
-void write_result(dy *output, const reference *found) {
+void write_result(dy *output, const sf_reference *found) {
     sf_span value = value_span(found);
     switch (found->operation) {
         case '#':
@@ -248,7 +151,7 @@ void write_result(dy *output, const reference *found) {
 // Deliberate: a whole value "@NotSet" says that the name is not defined, so
 // at the end of a text it stays as it is; anywhere else NotSet is a name
 // (test notset_is_special_only_at_the_end).
-bool is_not_set_mark(const reference *found, const char *text_end) {
+bool is_not_set_mark(const sf_reference *found, const char *text_end) {
     constexpr char mark[] = "NotSet";
     constexpr size_t length = sizeof mark - 1;
     return found->name_length == length && found->name + length == text_end &&
@@ -260,7 +163,7 @@ void report(expansion *each, const char *what, const char *name) {
     each->is_sound = false;
 }
 
-void trace(const expansion *each, const reference *found) {
+void trace(const expansion *each, const sf_reference *found) {
     printf("%s:%06d:%.*s\n", each->where, each->line,
            static_cast<int>(found->name_length), found->name);
 }
@@ -269,7 +172,7 @@ void trace(const expansion *each, const reference *found) {
 //   result    where the text goes on
 const char *replace_reference(expansion *each, const char *name) {
     const char *name_end = tovan::end_of_name(name);
-    reference found{};
+    sf_reference found{};
     found.name = name;
     found.name_length = static_cast<size_t>(name_end - name);
     if (*name_end == '@' && (sf_uflag & tovan::trace_names) == 0) {
@@ -280,7 +183,7 @@ const char *replace_reference(expansion *each, const char *name) {
     }
     bool is_kept = is_not_set_mark(&found, each->end);
     if (!is_kept) {
-        const char *what = read_operator(&found, name_end);
+        const char *what = tovan::read_reference(&found, name_end);
         is_kept = what != nullptr;
         if (is_kept) report(each, what, name);
     }
