@@ -34,9 +34,8 @@ TOVAN_BEGIN_C
 //             stk=OUTER CLOSE" and "Whoops: logic error in fmatch for pattern
 //             'PATTERN'", and the way that led there does not match
 //   edge      "*" matches, and "!*" does not, without a look at the subject; a
-//             brace without an end ends with the pattern; inside of braces a
-//             class is best the last thing: to find the end of a brace, a
-//             class is taken to reach to the next "["
+//             brace without an end ends with the pattern; a class in braces
+//             hides their end up to the next "[" or the end of the pattern
 int fmatch(const char *subject, const char *pattern);
 
 // Matches one word against a list of others.

@@ -370,6 +370,7 @@ bool brace_matcher::next_try() {
     return false;
 }
 
+// Flat, since most of the calls cost more than what they do.
 [[gnu::flatten]] bool brace_matcher::run() {
     bool matches = walk();
     while (!matches && next_try())
