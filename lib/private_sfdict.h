@@ -3,7 +3,7 @@
 #ifndef TOVAN_PRIVATE_SFDICT_H
 #define TOVAN_PRIVATE_SFDICT_H
 
-namespace tovan {
+namespace [[gnu::visibility("hidden")]] tovan {
 
 constexpr int sf_set = 0;
 constexpr int sf_set_if_undefined = 1;

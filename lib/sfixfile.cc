@@ -25,6 +25,7 @@
 #include "fmatch.h"
 #include "ident.h"
 #include "private_istype.h"
+#include "private_sfdict.h"
 #include "private_sflines.h"
 #include "private_sfproc.h"
 #include "sfdict.h"
@@ -38,7 +39,6 @@ using tovan::sf_line;
 namespace {
 
 constexpr int unknown_line_place = 257;
-constexpr int set_operation = 0;
 
 // How many cases are open. Set by sfixfile(); below 0 behind an esac too
 // many.
@@ -188,7 +188,7 @@ void trace_lines() {
 int sfixfile(const char *path, int check) {
     tovan::open_fixed(path, check);
     depth = 0;
-    sf_dictext("__FILE__", path, "built-in", 0, set_operation);
+    sf_dictext("__FILE__", path, "built-in", 0, tovan::sf_set);
     if ((sf_uflag & tovan::trace_names) != 0)
         trace_lines();
     else
