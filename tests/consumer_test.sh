@@ -6,6 +6,7 @@ work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 cat >"$work/program.c" <<'PROGRAM'
 #include <stdio.h>
+#include <stdlib.h>
 #include <tovan/tovan.h>
 
 int main(void) {
@@ -14,6 +15,7 @@ int main(void) {
     dynew(&text, 0);
     puts(dyfmt(&text, "@s @d", "seven is", 7));
     printf("%s\n", libtovan_list[0]);
+    free(text.buffer);
     return 0;
 }
 PROGRAM

@@ -15,6 +15,12 @@ extern "C" const char *__asan_default_options() {
     return "allocator_may_return_null=1";
 }
 
+// What dycache() hands out is permanent, whoever forgets it.
+extern "C" const char *__lsan_default_suppressions();
+extern "C" const char *__lsan_default_suppressions() {
+    return "leak:dycache\n";
+}
+
 namespace {
 
 int remove_entry(const char *path, const struct stat *, int, struct FTW *) {
