@@ -76,7 +76,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     drop_records();
     std::string path = input.c_str();
     size_t start = std::min(path.size() + 1, size);
-    load_mappings(fuzz::table_file(data + start, size - start), 1);
+    load_mappings(fuzz::memory_file(data + start, size - start), 1);
     check_records();
     convert(path.c_str());
     return 0;

@@ -27,7 +27,7 @@ void check_record(char **found) {
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size);
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     if (fuzz::nests_too_deep(data, size)) return 0;
-    setsysnamestab(fuzz::table_file(data, size));
+    setsysnamestab(fuzz::memory_file(data, size));
     for (int flags : {1, 4}) {
         forget_match();
         char **found = nullptr;

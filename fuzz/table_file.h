@@ -1,27 +1,15 @@
-// table_file.h: inputs as files that have a name, and which of them are of
-// use for tables of file-name patterns.
+// table_file.h: inputs as tables of file-name patterns: files in memory, and
+// which of them are of use.
 #ifndef TOVAN_FUZZ_TABLE_FILE_H
 #define TOVAN_FUZZ_TABLE_FILE_H
+
+#include "memory_file.h"
 
 #include <ctype.h>
 #include <stddef.h>
 #include <stdint.h>
-#include <stdlib.h>
-#include <sys/mman.h>
-#include <unistd.h>
-#include <string>
 
 namespace fuzz {
-
-// Gives the one file of this process another content; its name.
-inline const char *table_file(const uint8_t *bytes, size_t size) {
-    static int descriptor = memfd_create("table", 0);
-    static std::string name = "/proc/self/fd/" + std::to_string(descriptor);
-    if (ftruncate(descriptor, 0) != 0) abort();
-    if (pwrite(descriptor, bytes, size, 0) != static_cast<ssize_t>(size))
-        abort();
-    return name.c_str();
-}
 
 // Whether some word may nest braces more than five deep. Between stars such
 // a pattern reports that for every try, millions of times: nothing is learnt
