@@ -202,8 +202,8 @@ class posix {
 class pcre2 {
   public:
     explicit pcre2(const char *pattern) {
-        int error;
-        PCRE2_SIZE offset;
+        int error = 0;
+        PCRE2_SIZE offset = 0;
         compiled =
             pcre2_compile(reinterpret_cast<PCRE2_SPTR>(pattern),
                           PCRE2_ZERO_TERMINATED, 0, &error, &offset, nullptr);
@@ -316,14 +316,13 @@ struct hard_job {
 };
 
 constexpr hard_job hard[] = {
-    {"alternatives", "<a|a>*[bd]", "(?:a|a)*[bd]", "c", true, false},
-    {"alternatives_matching", "<a|a>*[bd]c", "(?:a|a)*[bd]c", "bc", true,
-     false},
+    {"alternatives", "<a|a>*[bd]", "(a|a)*[bd]", "c", true, false},
+    {"alternatives_matching", "<a|a>*[bd]c", "(a|a)*[bd]c", "bc", true, false},
     {"stars", "a*a*a*a*a*[bd]", "a*a*a*a*a*[bd]", "c", false, false},
-    {"nested", "<<a*>*>*[bd]", "(?:(?:a*)*)*[bd]", "c", true, false},
+    {"nested", "<<a*>*>*[bd]", "((a*)*)*[bd]", "c", true, false},
     {"dots", ".*.*.*=.*x", ".*.*.*=.*x", "c", false, true},
-    {"submatches", "\\(<a|a>*\\)\\([bd]\\)c", "((?:a|a)*)([bd])c", "bd", true,
-     false},
+    {"submatches", "\\(<a|a>*\\)\\([bd]\\)[ce]", "((a|a)*)([bd])[ce]", "bd",
+     true, false},
     {"word", "[a-z]+[0-9]", "[a-z]+[0-9]", "c", false, false},
 };
 

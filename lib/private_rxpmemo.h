@@ -18,9 +18,8 @@ struct rxp_stretch {
 };
 
 struct rxp_memory {
-    const rxp_shape *shape;
-    size_t positions;  // of the subject, its end included
-    uint32_t *slots;   // by branch and position
+    uint32_t *slots;                 // by branch and position
+    uint32_t *rows[rxp_max_states];  // where the slots of a branch start
     size_t slots_room;
     uint32_t *records;
     size_t n_records;  // words
@@ -34,6 +33,12 @@ struct rxp_memory {
 // Without effect where it would not be exact (back-references) or would not
 // fit (subjects of 4 GiB, no room on the heap).
 void rxp_remember(rxp_machine *machine);
+
+// Where visits of a branch at a position are remembered; 0: none was made.
+inline uint32_t *rxp_slot(const rxp_machine *machine, int branch,
+                          const char *position) {
+    return machine->memory->rows[branch] + (position - machine->subject);
+}
 
 // Repeats what an equal visit of the branch has done.
 //   result    whether there was one

@@ -51,17 +51,24 @@ enum class rxp_quick : unsigned char {
     other,  // by its opcode
 };
 
+// Ways to search, the quicker ones first.
+enum class rxp_method : unsigned char { quick, automaton, memory };
+
 struct rxp_plan {
     unsigned char program[1537];  // that this is about
     size_t length;                // with its final null; 0: none
     bool is_made;                 // what follows is filled in
-    bool is_plain;     // no back-references, no loops that stand still: only
-                       // then there is more than the shape
-    bool is_anchored;  // starts with "^"
-    bool is_literal;   // is nothing but the needle
+    bool is_plain;      // no back-references, and no loop ends a match by
+                        // standing still; else only the shape is filled in
+    bool is_regular;    // can be run as an automaton
+    bool is_anchored;   // starts with "^"
+    bool is_literal;    // is nothing but the needle
+    bool looks_around;  // has states that look at what is before a position
+    rxp_method method;  // that has not given up yet
+    uint64_t stamp;     // no other plan has had it; not 0
     rxp_shape shape;
     rxp_quick quick[rxp_max_states];
-    rxp_set bytes[rxp_max_states];            // of a byte, of a run
+    rxp_set bytes[rxp_max_states];            // that a state takes, or a run
     rxp_outlook next[rxp_max_states];         // of a fork
     rxp_outlook alternative[rxp_max_states];  // of a fork
     int first_run;   // that attempts begin with; 0: none
@@ -72,7 +79,7 @@ struct rxp_plan {
 // The plan of a program that is run for the second time or more often.
 //   result    null the first time
 //   owner     library until the next call
-const rxp_plan *rxp_plan_for(const unsigned char *program);
+rxp_plan *rxp_plan_for(const unsigned char *program);
 
 // ---- between the sources of a plan --------------------------------------
 

@@ -7,9 +7,10 @@
 
 namespace [[gnu::visibility("hidden")]] tovan {
 
-enum class rxp_answer { no_match, match, gave_up };
+enum class rxp_answer { no_match, match, undecided, gave_up };
 
-// Looks for a match of a plain program; what it finds goes to `matches`.
+// Looks for a match of a plain program without empty loops; what it finds goes
+// to `matches`.
 //   result    gave_up: ways meet again and again, and a search with a memory
 //             has to start from the beginning
 rxp_answer rxp_quick_search(const rxp_plan *plan, const char *subject);

@@ -104,6 +104,9 @@ extern rxp_cost rxp_last_cost;
 void rxp_start(rxp_machine *machine, const char *subject,
                const unsigned char *program, const rxp_shape *shape);
 
+// Finds out the shape of the program where it is not known yet.
+void rxp_know_shape(rxp_machine *machine);
+
 // Whether the program matches from this position on.
 bool rxp_attempt(rxp_machine *machine, const char *position);
 

@@ -36,7 +36,8 @@ struct rxp_shape {
     bool has_references;  // back-references: what a visit does depends on
                           // registers, and nothing can be remembered
     bool has_submatches;
-    bool has_empty_loops;                   // some branch can meet itself
+    bool has_empty_loops;     // some branch can meet itself without consuming
+    bool has_standing_loops;  // and may end the match by that
     unsigned char ordinal[rxp_max_states];  // of a branch, from 0
     rxp_set empty_loops;  // branches that can meet themselves without consuming
     rxp_set meets[rxp_max_states];  // by ordinal: the empty loops to be met

@@ -63,10 +63,9 @@ struct set_table {
 };
 constinit set_table sets = {};
 
-// The one memory and the shape of its program, from rxp_remember() to
-// rxp_forget(). Small blocks stay for the next time.
+// The one memory, from rxp_remember() to rxp_forget(). Small blocks stay for
+// the next time.
 constinit rxp_memory the_memory = {};
-constinit tovan::rxp_shape own_shape = {};
 
 bool is_same(const rxp_set &a, const rxp_set &b) {
     return memcmp(&a, &b, sizeof a) == 0;
@@ -109,13 +108,6 @@ unsigned open_set(const rxp_machine *m, int branch, const char *position) {
     return set_number(open);
 }
 
-uint32_t *slot_of(const rxp_machine *m, int branch, const char *position) {
-    const rxp_memory *memory = m->memory;
-    size_t row = m->shape->ordinal[branch];
-    auto column = static_cast<size_t>(position - m->subject);
-    return memory->slots + row * memory->positions + column;
-}
-
 // ---- records ------------------------------------------------------------
 
 uint32_t record_what(unsigned set, unsigned written) {
@@ -154,12 +146,12 @@ void repeat(rxp_machine *m, const uint32_t *record) {
     m->written |= written;
 }
 
-// Grows the records by doubling, as far as the limit lets them.
+// Grows the records as far as the limit lets them.
 bool has_room(rxp_memory *memory, size_t words) {
     size_t needed = memory->n_records + words;
     if (needed <= memory->records_room) return true;
     if (needed > memory->records_limit) return false;
-    size_t room = 2 * needed + 64;
+    size_t room = needed + needed / 4 + 64;
     if (room > memory->records_limit) room = memory->records_limit;
     void *block = realloc(memory->records, room * sizeof(uint32_t));
     if (block == nullptr) return false;
@@ -172,9 +164,7 @@ bool has_room(rxp_memory *memory, size_t words) {
 //   result    its length in words; 0: the memory is full
 size_t draft_record(rxp_machine *m, uint32_t next, uint32_t what) {
     rxp_memory *memory = m->memory;
-    size_t length =
-        record_head + static_cast<size_t>(std::popcount(m->written));
-    if (!has_room(memory, length)) return 0;
+    if (!has_room(memory, record_head + mask_bits)) return 0;
     uint32_t *record = memory->records + memory->n_records;
     record[0] = next;
     record[1] = what;
@@ -182,7 +172,7 @@ size_t draft_record(rxp_machine *m, uint32_t next, uint32_t what) {
     for_each_register(m->written, [&](int number) {
         *value++ = packed(m, m->found.registers[number]);
     });
-    return length;
+    return static_cast<size_t>(value - record);
 }
 
 bool equals_last_record(const rxp_memory *memory, size_t length) {
@@ -205,17 +195,10 @@ bool make_slots(rxp_memory *memory, size_t count) {
     return memory->slots != nullptr;
 }
 
-const tovan::rxp_shape *shape_of(const rxp_machine *m) {
-    if (m->shape != nullptr) return m->shape;
-    auto *program = reinterpret_cast<const unsigned char *>(m->states);
-    rxp_find_shape(&own_shape, program);
-    return &own_shape;
-}
-
 void clear(rxp_memory *memory, size_t slots) {
     constexpr size_t small_limit = 1024;  // where the subject is short
     memory->n_records = first_record;
-    memory->records_limit = slots + small_limit;
+    memory->records_limit = slots / 2 + small_limit;
     memory->last_record = unknown;
     for (tovan::rxp_stretch &stretch : memory->stretches)
         stretch = {SIZE_MAX, 0};
@@ -233,19 +216,23 @@ void drop_block(uint32_t **block, size_t *room) {
 }  // namespace
 
 void tovan::rxp_remember(rxp_machine *m) {
-    m->shape = shape_of(m);
+    rxp_know_shape(m);
     size_t positions = strlen(m->subject) + 1;
     if (m->shape->has_references || positions >= UINT32_MAX) return;
     size_t slots = positions * static_cast<size_t>(m->shape->n_branches);
     if (!make_slots(&the_memory, slots)) return;
     clear(&the_memory, slots);
-    the_memory.positions = positions;
+    for (int i = 1; i < m->states[0].next; i++) {
+        if (m->states[i].opcode == rxp_branch)
+            the_memory.rows[i] =
+                the_memory.slots + m->shape->ordinal[i] * positions;
+    }
     m->memory = &the_memory;
     m->remembered_from = m->n_frames;
 }
 
 bool tovan::rxp_recall(rxp_machine *m, int branch, const char *position) {
-    uint32_t slot = *slot_of(m, branch, position);
+    uint32_t slot = *rxp_slot(m, branch, position);
     if (slot == unknown) return false;
     unsigned set = open_set(m, branch, position);
     while (slot >= first_record) {
@@ -260,7 +247,7 @@ bool tovan::rxp_recall(rxp_machine *m, int branch, const char *position) {
 }
 
 void tovan::rxp_note(rxp_machine *m, int branch, const char *position) {
-    uint32_t *slot = slot_of(m, branch, position);
+    uint32_t *slot = rxp_slot(m, branch, position);
     unsigned set = open_set(m, branch, position);
     if (set == set_places) return;
     if (set == 0 && m->written == 0 && *slot == unknown) {

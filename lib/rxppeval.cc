@@ -3,6 +3,7 @@
 
 #include "ident.h"
 #include "private_rxp.h"
+#include "private_rxpauto.h"
 #include "private_rxpmemo.h"
 #include "private_rxpplan.h"
 #include "private_rxpquick.h"
@@ -12,6 +13,7 @@
 
 using tovan::rxp_answer;
 using tovan::rxp_machine;
+using tovan::rxp_method;
 
 namespace {
 
@@ -44,7 +46,7 @@ const char *find_match(rxp_machine *m) {
     rxp_machine machine;  // its tables are left unset
     rxp_start(&machine, subject, program,
               plan != nullptr ? &plan->shape : nullptr);
-    // The plan was of no use: ways meet.
+    // The quick ways have given up: ways meet.
     if (plan != nullptr && plan->is_plain) rxp_remember(&machine);
     const char *start = find_match(&machine);
     rxp_stop(&machine);
@@ -60,14 +62,32 @@ void clear_matches() {
     matches.pair[0] = {};
 }
 
+// Looks for a match in the quickest way that has not given up on the program.
+rxp_answer search_by_plan(tovan::rxp_plan *plan, const char *subject) {
+    if (plan->method == rxp_method::quick) {
+        rxp_answer answer = rxp_quick_search(plan, subject);
+        if (answer != rxp_answer::gave_up) return answer;
+        plan->method =
+            plan->is_regular ? rxp_method::automaton : rxp_method::memory;
+        clear_matches();
+    }
+    const char *end = subject + strlen(subject);
+    if (!rxp_may_match(plan->filters, subject, end))
+        return rxp_answer::no_match;
+    if (plan->method != rxp_method::automaton) return rxp_answer::undecided;
+    rxp_answer answer = rxp_automaton_search(plan, subject, end);
+    if (answer == rxp_answer::gave_up) plan->method = rxp_method::memory;
+    return answer;
+}
+
 bool matches_somewhere(const char *subject, const unsigned char *program) {
     tovan::rxp_last_cost = {};
     clear_matches();
-    const tovan::rxp_plan *plan = tovan::rxp_plan_for(program);
+    tovan::rxp_plan *plan = tovan::rxp_plan_for(program);
     if (plan != nullptr && plan->is_plain) {
-        rxp_answer answer = rxp_quick_search(plan, subject);
-        if (answer != rxp_answer::gave_up) return answer == rxp_answer::match;
-        clear_matches();
+        rxp_answer answer = search_by_plan(plan, subject);
+        if (answer == rxp_answer::match) return true;
+        if (answer == rxp_answer::no_match) return false;
     }
     return search(subject, program, plan);
 }

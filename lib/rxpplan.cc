@@ -17,6 +17,7 @@
 
 #include "ident.h"
 #include "private_rxp.h"
+#include "private_rxpauto.h"
 #include "private_rxpplan.h"
 #include "private_rxpshape.h"
 
@@ -35,6 +36,7 @@ namespace {
 constexpr unsigned n_plans = 8;
 constinit rxp_plan plans[n_plans] = {};
 constinit rxp_plan *last_plan = plans;
+constinit uint64_t n_stamps = 0;
 
 unsigned place_of(const unsigned char *program) {
     unsigned sum =
@@ -192,9 +194,8 @@ void plan_states(rxp_plan *plan, const tovan::rxp_reach &reach) {
     const rxp_state *states = tovan::rxp_states(plan->program);
     int end = tovan::rxp_end_state(plan->program);
     for (int i = 1; i <= end; i++) {
-        plan->quick[i] = rxp_quick::other;
-        if (!takes_one_byte(states[i].opcode)) continue;
-        plan->quick[i] = rxp_quick::byte;
+        plan->quick[i] = takes_one_byte(states[i].opcode) ? rxp_quick::byte
+                                                          : rxp_quick::other;
         plan->bytes[i] = rxp_first_bytes(plan->program, states[i]);
     }
     for (int i = 1; i < end; i++) {
@@ -225,13 +226,34 @@ rxp_set reached_from(const rxp_state *states, int first) {
     return reached;
 }
 
+bool looks_around(const rxp_plan &plan) {
+    const rxp_state *states = tovan::rxp_states(plan.program);
+    int end = tovan::rxp_end_state(plan.program);
+    for (int i = 1; i < end; i++) {
+        unsigned char opcode = states[i].opcode;
+        if (opcode == tovan::rxp_identifier_start ||
+            opcode == tovan::rxp_identifier_end ||
+            opcode == tovan::rxp_subject_start)
+            return true;
+    }
+    return false;
+}
+
+// The quick search has no guard against loops that stand still.
+tovan::rxp_method first_method(const rxp_plan &plan) {
+    if (!plan.shape.has_empty_loops) return tovan::rxp_method::quick;
+    return plan.is_regular ? tovan::rxp_method::automaton
+                           : tovan::rxp_method::memory;
+}
+
 void make_plan(rxp_plan *plan) {
     const rxp_state *states = tovan::rxp_states(plan->program);
     rxp_find_shape(&plan->shape, plan->program);
     plan->is_made = true;
     plan->is_plain =
-        !plan->shape.has_references && !plan->shape.has_empty_loops;
+        !plan->shape.has_references && !plan->shape.has_standing_loops;
     plan->is_anchored = rxpcaret(plan->program) == 1;
+    plan->stamp = ++n_stamps;
     if (!plan->is_plain) return;
 
     tovan::rxp_reach reach;
@@ -240,6 +262,9 @@ void make_plan(rxp_plan *plan) {
         reach[i] = reached_from(states, i);
     plan_states(plan, reach);
     rxp_find_filters(plan, reach);
+    plan->looks_around = looks_around(*plan);
+    plan->is_regular = rxp_is_regular(plan);
+    plan->method = first_method(*plan);
 }
 
 }  // namespace
@@ -311,7 +336,7 @@ int tovan::rxp_straight_end(const rxp_state *states, int number) {
     }
 }
 
-const rxp_plan *tovan::rxp_plan_for(const unsigned char *program) {
+rxp_plan *tovan::rxp_plan_for(const unsigned char *program) {
     if (is_about(*last_plan, program) && last_plan->is_made) return last_plan;
     rxp_plan *plan = &plans[place_of(program)];
     if (!is_about(*plan, program)) {

@@ -51,6 +51,9 @@ enum : unsigned {
     restoring,   // the branch was open before: at this offset
 };
 
+// The shape of a program that has no plan, during one evaluation.
+constinit tovan::rxp_shape own_shape = {};
+
 // The way that is being tried.
 struct way {
     unsigned char state;
@@ -249,8 +252,10 @@ bool pass(rxp_machine *m, way *w, const rxp_state &state) {
 
 // ---- branches and frames ------------------------------------------------
 
+// Many frames: from here on it pays to know which branches need no guard.
 void make_room(rxp_machine *m) {
-    size_t room = m->room + m->room / 4;
+    rxp_know_shape(m);
+    size_t room = m->room + m->room / 8;
     bool is_first = m->frames == m->first_frames;
     void *block =
         chkrealloc(is_first ? nullptr : m->frames, room * sizeof(rxp_frame));
@@ -303,7 +308,8 @@ bool enter_branch(rxp_machine *m, way *w, const rxp_state &state) {
         return false;
     }
     if (m->steps >= m->patience) lose_patience(m);
-    if (m->memory != nullptr && rxp_recall(m, branch, w->position))
+    if (m->memory != nullptr && *rxp_slot(m, branch, w->position) != 0 &&
+        rxp_recall(m, branch, w->position))
         return false;
     if (guarded) open_guard(m, branch, w->position);
     push(m, waiting, branch, w->position);
@@ -351,6 +357,13 @@ bool take_up_next(rxp_machine *m, way *w) {
 }  // namespace
 
 constinit tovan::rxp_cost tovan::rxp_last_cost = {};
+
+void tovan::rxp_know_shape(rxp_machine *m) {
+    if (m->shape != nullptr) return;
+    rxp_find_shape(&own_shape,
+                   reinterpret_cast<const unsigned char *>(m->states));
+    m->shape = &own_shape;
+}
 
 void tovan::rxp_start(rxp_machine *m, const char *subject,
                       const unsigned char *program, const rxp_shape *shape) {

@@ -70,6 +70,36 @@ void find_branches(rxp_shape *shape, const rxp_state *states, int end) {
     }
 }
 
+// States that make a loop which meets itself end the match.
+bool is_of_no_width(unsigned char opcode) {
+    switch (opcode) {
+        case tovan::rxp_identifier_end:
+        case tovan::rxp_identifier_start:
+        case tovan::rxp_subject_start:
+        case tovan::rxp_subject_end:
+        case tovan::rxp_open:
+        case tovan::rxp_close:
+        case tovan::rxp_nothing:
+            return true;
+        default:
+            return false;
+    }
+}
+
+// Whether an empty loop may be met with such a state as the last one before.
+bool has_standing_loops(const rxp_shape &shape, const rxp_state *states,
+                        int end) {
+    for (int i = 1; i < end; i++) {
+        if (!is_of_no_width(states[i].opcode)) continue;
+        unsigned char number = states[i].next;
+        while (rxp_may_stand(states[number]) &&
+               states[number].opcode != tovan::rxp_branch)
+            number = states[number].next;
+        if (rxp_has(shape.empty_loops, number)) return true;
+    }
+    return false;
+}
+
 }  // namespace
 
 void tovan::rxp_find_shape(rxp_shape *shape, const unsigned char *program) {
@@ -79,6 +109,8 @@ void tovan::rxp_find_shape(rxp_shape *shape, const unsigned char *program) {
     shape->empty_loops = {};
     find_branches(shape, rxp_states(program), rxp_end_state(program));
     shape->has_empty_loops = !rxp_is_empty(shape->empty_loops);
+    shape->has_standing_loops =
+        has_standing_loops(*shape, rxp_states(program), rxp_end_state(program));
     for (int i = 0; i < shape->n_branches; i++) {
         for (int word = 0; word < 4; word++)
             shape->meets[i].words[word] &= shape->empty_loops.words[word];

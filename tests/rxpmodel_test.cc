@@ -27,6 +27,10 @@ bool expect_agreement(const std::string &pattern, const std::string &subject,
         rules, support::rxp_by_the_memory(subject, program));
     EXPECT_EQ(difference, "")
         << pattern << " on \"" << subject << "\", with memory";
+    difference = support::rxp_difference(
+        rules, support::rxp_by_the_automaton(subject, program));
+    EXPECT_EQ(difference, "")
+        << pattern << " on \"" << subject << "\", as an automaton";
     return true;
 }
 

@@ -5,7 +5,9 @@
 #include "support/rxp_model.h"
 
 #include <string.h>
+#include <tovan/private_rxpauto.h>
 #include <tovan/private_rxpmemo.h>
+#include <tovan/private_rxpplan.h>
 #include <tovan/private_rxprun.h>
 #include <tovan/rxpcomp.h>
 #include <algorithm>
@@ -300,7 +302,29 @@ rxp_result rxp_by_the_memory(const std::string &subject,
     rxp_result outcome;
     outcome.result = (at <= last) != (rxpinvert(program) == 1);
     matches.pair[0].start = at <= last ? at : nullptr;
-    if (machine.found.best == nullptr) matches.pair[0].end = matches.pair[0].start;
+    if (machine.found.best == nullptr)
+        matches.pair[0].end = matches.pair[0].start;
+    publish(&outcome, subject);
+    return outcome;
+}
+
+rxp_result rxp_by_the_automaton(const std::string &subject,
+                                const unsigned char *program) {
+    tovan::rxp_plan *plan = tovan::rxp_plan_for(program);
+    if (plan == nullptr) plan = tovan::rxp_plan_for(program);
+    if (!plan->is_plain || !plan->is_regular)
+        return rxp_by_the_library(subject, program);
+    matches.count = 0;
+    matches.pair[0] = {};
+    const char *text = subject.c_str();
+    tovan::rxp_answer answer =
+        tovan::rxp_automaton_search(plan, text, text + subject.size());
+    if (answer == tovan::rxp_answer::gave_up ||
+        answer == tovan::rxp_answer::undecided)
+        return rxp_by_the_library(subject, program);
+    rxp_result outcome;
+    outcome.result =
+        (answer == tovan::rxp_answer::match) != (rxpinvert(program) == 1);
     publish(&outcome, subject);
     return outcome;
 }

@@ -31,6 +31,10 @@ rxp_result rxp_by_the_library(const std::string &subject,
 rxp_result rxp_by_the_memory(const std::string &subject,
                              const unsigned char *program);
 
+// By the library's automaton, for programs that it can run; else as the library.
+rxp_result rxp_by_the_automaton(const std::string &subject,
+                                const unsigned char *program);
+
 // Empty when both agree, else both.
 std::string rxp_difference(const rxp_result &rules, const rxp_result &library);
 
