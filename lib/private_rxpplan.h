@@ -51,9 +51,6 @@ enum class rxp_quick : unsigned char {
     other,  // by its opcode
 };
 
-// Ways to search, the quicker ones first.
-enum class rxp_method : unsigned char { quick, automaton, memory };
-
 struct rxp_plan {
     unsigned char program[1537];  // that this is about
     size_t length;                // with its final null; 0: none
@@ -64,8 +61,12 @@ struct rxp_plan {
     bool is_anchored;   // starts with "^"
     bool is_literal;    // is nothing but the needle
     bool looks_around;  // has states that look at what is before a position
-    rxp_method method;  // that has not given up yet
-    uint64_t stamp;     // no other plan has had it; not 0
+    bool is_too_large;  // the automaton would be
+    bool may_be_quick;  // has no loops that stand still
+    unsigned pause;     // evaluations without a quick search after the last
+                        // one that gave up
+    unsigned pause_left;
+    uint64_t stamp;  // no other plan has had it; not 0
     rxp_shape shape;
     rxp_quick quick[rxp_max_states];
     rxp_set bytes[rxp_max_states];            // that a state takes, or a run
@@ -123,16 +124,6 @@ inline void rxp_add_all(rxp_set *set, const rxp_set &more) {
 
 constexpr rxp_set rxp_any_byte = {
     {~uint64_t{0}, ~uint64_t{0}, ~uint64_t{0}, ~uint64_t{0}}};
-
-// Calls visit(member) for every member.
-template <typename Visit>
-void rxp_for_each(const rxp_set &set, Visit visit) {
-    for (unsigned word = 0; word < 4; word++) {
-        for (uint64_t bits = set.words[word]; bits != 0; bits &= bits - 1) {
-            visit(64 * word + static_cast<unsigned>(__builtin_ctzll(bits)));
-        }
-    }
-}
 
 }  // namespace tovan
 

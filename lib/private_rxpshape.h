@@ -7,6 +7,7 @@
 #include "private_rxp.h"
 
 #include <stdint.h>
+#include <bit>
 
 namespace [[gnu::visibility("hidden")]] tovan {
 
@@ -27,6 +28,15 @@ inline bool rxp_is_empty(const rxp_set &set) {
     return (set.words[0] | set.words[1] | set.words[2] | set.words[3]) == 0;
 }
 
+// Calls visit(member) for every member.
+template <typename Visit>
+void rxp_for_each(const rxp_set &set, Visit visit) {
+    for (unsigned word = 0; word < 4; word++) {
+        for (uint64_t bits = set.words[word]; bits != 0; bits &= bits - 1)
+            visit(64 * word + static_cast<unsigned>(std::countr_zero(bits)));
+    }
+}
+
 // Whether the state can be passed without consuming a character.
 bool rxp_may_stand(const rxp_state &state);
 
@@ -35,7 +45,7 @@ struct rxp_shape {
     int n_branches;
     bool has_references;  // back-references: what a visit does depends on
                           // registers, and nothing can be remembered
-    bool has_submatches;
+    int n_submatches;
     bool has_empty_loops;     // some branch can meet itself without consuming
     bool has_standing_loops;  // and may end the match by that
     unsigned char ordinal[rxp_max_states];  // of a branch, from 0

@@ -315,7 +315,7 @@ rxp_answer attempt(search *s, const char *start) {
 
 rxp_answer find_match(search *s) {
     if (!is_anywhere(s)) return rxp_answer::no_match;
-    if (s->plan->shape.has_submatches) return rxp_answer::undecided;
+    if (s->plan->shape.n_submatches > 0) return rxp_answer::undecided;
     if (s->plan->is_anchored) return attempt(s, s->subject);
     const tovan::rxp_filters &filters = s->plan->filters;
     const char *from = rxp_find_start(filters, s->subject, s->end);

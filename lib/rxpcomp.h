@@ -30,8 +30,9 @@
 // Errors: negative codes; nothing is printed. Out of memory ends the process
 // (nocore).
 // Time: proportional to the subject, whatever the pattern is, as long as it
-// has no \1 to \9. Memory: at most 16 bytes a branch of the pattern and
-// character of the subject, and none at all for most patterns.
+// has no \1 to \9. Memory: none for most patterns; where alternatives meet again
+// and again, some 16 bytes for each branch of the pattern and character of the
+// subject, and 12 more for each sub-match.
 // All of it is one process-wide state.
 #ifndef TOVAN_RXPCOMP_H
 #define TOVAN_RXPCOMP_H

@@ -98,13 +98,9 @@ unsigned open_set(const rxp_machine *m, int branch, const char *position) {
     if (!m->shape->has_empty_loops) return 0;
     const rxp_set &meets = m->shape->meets[m->shape->ordinal[branch]];
     rxp_set open = {};
-    for (unsigned word = 0; word < 4; word++) {
-        for (uint64_t bits = meets.words[word]; bits != 0; bits &= bits - 1) {
-            unsigned state =
-                64 * word + static_cast<unsigned>(std::countr_zero(bits));
-            if (m->guard[state] == position) rxp_add(&open, state);
-        }
-    }
+    rxp_for_each(meets, [&](unsigned state) {
+        if (m->guard[state] == position) rxp_add(&open, state);
+    });
     return set_number(open);
 }
 
@@ -185,6 +181,7 @@ bool equals_last_record(const rxp_memory *memory, size_t length) {
 // ---- switching on and off -----------------------------------------------
 
 bool make_slots(rxp_memory *memory, size_t count) {
+    if (count == 0) return true;  // only stretches are remembered
     if (count <= memory->slots_room) {
         memset(memory->slots, 0, count * sizeof(uint32_t));
         return true;
@@ -195,10 +192,17 @@ bool make_slots(rxp_memory *memory, size_t count) {
     return memory->slots != nullptr;
 }
 
-void clear(rxp_memory *memory, size_t slots) {
+// Chosen: room for a record of all registers at nearly every slot. Patterns
+// that write all of them at every visit are rare, but they must not be slow.
+size_t words_for(size_t slots, const tovan::rxp_shape &shape) {
     constexpr size_t small_limit = 1024;  // where the subject is short
+    return slots * (1 + 3 * static_cast<size_t>(shape.n_submatches)) +
+           small_limit;
+}
+
+void clear(rxp_memory *memory, size_t records_limit) {
     memory->n_records = first_record;
-    memory->records_limit = slots / 2 + small_limit;
+    memory->records_limit = records_limit;
     memory->last_record = unknown;
     for (tovan::rxp_stretch &stretch : memory->stretches)
         stretch = {SIZE_MAX, 0};
@@ -221,7 +225,7 @@ void tovan::rxp_remember(rxp_machine *m) {
     if (m->shape->has_references || positions >= UINT32_MAX) return;
     size_t slots = positions * static_cast<size_t>(m->shape->n_branches);
     if (!make_slots(&the_memory, slots)) return;
-    clear(&the_memory, slots);
+    clear(&the_memory, words_for(slots, *m->shape));
     for (int i = 1; i < m->states[0].next; i++) {
         if (m->states[i].opcode == rxp_branch)
             the_memory.rows[i] =

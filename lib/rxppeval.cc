@@ -13,7 +13,6 @@
 
 using tovan::rxp_answer;
 using tovan::rxp_machine;
-using tovan::rxp_method;
 
 namespace {
 
@@ -62,21 +61,36 @@ void clear_matches() {
     matches.pair[0] = {};
 }
 
-// Looks for a match in the quickest way that has not given up on the program.
-rxp_answer search_by_plan(tovan::rxp_plan *plan, const char *subject) {
-    if (plan->method == rxp_method::quick) {
-        rxp_answer answer = rxp_quick_search(plan, subject);
-        if (answer != rxp_answer::gave_up) return answer;
-        plan->method =
-            plan->is_regular ? rxp_method::automaton : rxp_method::memory;
-        clear_matches();
+// After a quick search that gave up, the next ones are left out, more of them
+// each time: one hard line among many costs little, many of them as well.
+rxp_answer search_quickly(tovan::rxp_plan *plan, const char *subject) {
+    constexpr unsigned longest_pause = 63;
+    if (!plan->may_be_quick) return rxp_answer::gave_up;
+    if (plan->pause_left > 0) {
+        plan->pause_left--;
+        return rxp_answer::gave_up;
     }
+    rxp_answer answer = rxp_quick_search(plan, subject);
+    if (answer != rxp_answer::gave_up) {
+        plan->pause = 0;
+        return answer;
+    }
+    if (plan->pause < longest_pause) plan->pause = 2 * plan->pause + 1;
+    plan->pause_left = plan->pause;
+    clear_matches();
+    return rxp_answer::gave_up;
+}
+
+// Looks for a match in the ways that a plan opens, the quickest one first.
+rxp_answer search_by_plan(tovan::rxp_plan *plan, const char *subject) {
+    rxp_answer answer = search_quickly(plan, subject);
+    if (answer != rxp_answer::gave_up) return answer;
     const char *end = subject + strlen(subject);
     if (!rxp_may_match(plan->filters, subject, end))
         return rxp_answer::no_match;
-    if (plan->method != rxp_method::automaton) return rxp_answer::undecided;
-    rxp_answer answer = rxp_automaton_search(plan, subject, end);
-    if (answer == rxp_answer::gave_up) plan->method = rxp_method::memory;
+    if (!plan->is_regular || plan->is_too_large) return rxp_answer::gave_up;
+    answer = rxp_automaton_search(plan, subject, end);
+    plan->is_too_large = answer == rxp_answer::gave_up;
     return answer;
 }
 

@@ -239,13 +239,6 @@ bool looks_around(const rxp_plan &plan) {
     return false;
 }
 
-// The quick search has no guard against loops that stand still.
-tovan::rxp_method first_method(const rxp_plan &plan) {
-    if (!plan.shape.has_empty_loops) return tovan::rxp_method::quick;
-    return plan.is_regular ? tovan::rxp_method::automaton
-                           : tovan::rxp_method::memory;
-}
-
 void make_plan(rxp_plan *plan) {
     const rxp_state *states = tovan::rxp_states(plan->program);
     rxp_find_shape(&plan->shape, plan->program);
@@ -264,7 +257,10 @@ void make_plan(rxp_plan *plan) {
     rxp_find_filters(plan, reach);
     plan->looks_around = looks_around(*plan);
     plan->is_regular = rxp_is_regular(plan);
-    plan->method = first_method(*plan);
+    plan->is_too_large = false;
+    plan->may_be_quick = !plan->shape.has_empty_loops;
+    plan->pause = 0;
+    plan->pause_left = 0;
 }
 
 }  // namespace

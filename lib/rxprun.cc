@@ -86,25 +86,21 @@ void take_rest(rxp_machine *m, way *w) {
 
 // ---- states that pass characters ----------------------------------------
 
-// The end of the run of characters that pass, from `start` on.
+// The end of the run of characters that pass, from `start` on. With a memory
+// a stretch that this state has passed before is not passed again.
 template <typename Passes>
 const char *scan(rxp_machine *m, int state, const char *start, Passes passes) {
-    const char *end = start;
-    if (m->memory == nullptr) {
-        while (passes(*end))
-            end++;
-        m->steps += static_cast<uint64_t>(end - start);
-        return end;
-    }
+    constexpr tovan::rxp_stretch nothing = {SIZE_MAX, 0};
     auto from = static_cast<size_t>(start - m->subject);
-    tovan::rxp_stretch &known = m->memory->stretches[state];
+    const tovan::rxp_stretch &known =
+        m->memory != nullptr ? m->memory->stretches[state] : nothing;
     if (known.from <= from && from <= known.to) return m->subject + known.to;
-    const char *joint = m->subject + known.from;
-    while (end != joint && passes(*end))
-        end++;
-    m->steps += static_cast<uint64_t>(end - start);
-    size_t to = end == joint ? known.to : static_cast<size_t>(end - m->subject);
-    known = {from, to};
+    size_t to = from;
+    while (to != known.from && passes(m->subject[to]))
+        to++;
+    m->steps += to - from;
+    if (to == known.from) to = known.to;
+    if (m->memory != nullptr) m->memory->stretches[state] = {from, to};
     return m->subject + to;
 }
 
@@ -387,6 +383,7 @@ void tovan::rxp_start(rxp_machine *m, const char *subject,
 }
 
 bool tovan::rxp_attempt(rxp_machine *m, const char *position) {
+    if (m->steps >= m->patience) lose_patience(m);
     way w = {m->states[0].argument, false, false, false, position};
     for (;;) {
         const rxp_state &state = m->states[w.state];

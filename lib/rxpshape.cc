@@ -58,7 +58,9 @@ rxp_set reachable(const rxp_state *states, int branch) {
 void find_branches(rxp_shape *shape, const rxp_state *states, int end) {
     for (int i = 1; i < end; i++) {
         unsigned char opcode = states[i].opcode;
-        if (opcode == tovan::rxp_open) shape->has_submatches = true;
+        if (opcode == tovan::rxp_open &&
+            states[i].argument > shape->n_submatches)
+            shape->n_submatches = states[i].argument;
         if (opcode == tovan::rxp_same_text ||
             opcode == tovan::rxp_up_to_same_text)
             shape->has_references = true;
@@ -105,7 +107,7 @@ bool has_standing_loops(const rxp_shape &shape, const rxp_state *states,
 void tovan::rxp_find_shape(rxp_shape *shape, const unsigned char *program) {
     shape->n_branches = 0;
     shape->has_references = false;
-    shape->has_submatches = false;
+    shape->n_submatches = 0;
     shape->empty_loops = {};
     find_branches(shape, rxp_states(program), rxp_end_state(program));
     shape->has_empty_loops = !rxp_is_empty(shape->empty_loops);
