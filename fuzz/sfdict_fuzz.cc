@@ -2,7 +2,7 @@
 // read back.
 #include "dictionary.h"
 #include "fuzz.h"
-#include "memory_file.h"
+#include "table_file.h"
 
 #include <stdlib.h>
 #include <algorithm>
@@ -33,7 +33,7 @@ bool can_be_read_back(const std::vector<std::string> &names) {
 
 void read(const std::string &content) {
     if (!fuzz::survives(
-            [&] { sfdict(fuzz::memory_file(content.data(), content.size())); }))
+            [&] { sfdict(fuzz::table_file(content.data(), content.size())); }))
         abort();
 }
 

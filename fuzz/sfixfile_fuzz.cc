@@ -2,7 +2,7 @@
 // errors of the structure never end the process.
 #include "dictionary.h"
 #include "fuzz.h"
-#include "memory_file.h"
+#include "table_file.h"
 
 #include <tovan/sfixfile.h>
 
@@ -22,18 +22,18 @@ void check_line(const char *text, int length) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
-    if (size == 0) return 0;
+    if (size == 0 || fuzz::nests_too_deep(data, size)) return 0;
     setsfwrite(check_line);
     if ((data[0] & 8) != 0) settildecnv();
     sf_uflag = (data[0] & 3) | 4;
     sf_splitchar = '\\';
     sf_dictext("A", "value of A", "fuzz", 1, 0);
-    sf_dictext("T", "\t@@{ x~u:\n", "fuzz", 1, 0);
+    sf_dictext("T", "\t@@} x~u:\n", "fuzz", 1, 0);
     std::string content(reinterpret_cast<const char *>(data + 1), size - 1);
     lines_written = 0;
     int status = 0;
     bool returned = fuzz::survives([&] {
-        status = sfixfile(fuzz::memory_file(content.data(), content.size()),
+        status = sfixfile(fuzz::table_file(content.data(), content.size()),
                           data[0] >> 7);
     });
     if (!returned || status < 0 || status > 3 || lines_written > sfixfile_lc)
