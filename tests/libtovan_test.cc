@@ -1,10 +1,10 @@
 // libtovan_test.cc: the banner and the list of identification strings.
+#include <ctype.h>
+#include <gtest/gtest.h>
+#include <tovan/tovan.h>
 #include <algorithm>
 #include <filesystem>
-#include <gtest/gtest.h>
-#include <regex>
 #include <string>
-#include <tovan/tovan.h>
 #include <vector>
 
 namespace {
@@ -21,6 +21,14 @@ std::vector<std::string> source_names() {
     return names;
 }
 
+// The form of a text whose numbers may change.
+std::string with_digits_as_nines(std::string text) {
+    for (char &c : text) {
+        if (isdigit(static_cast<unsigned char>(c))) c = '9';
+    }
+    return text;
+}
+
 TEST(libtovan, the_banner_is_exact) {
     EXPECT_STREQ(V_Libtovan,
                  "V@(#)Libtovan 8.4.1(?) Morva(8.4) 2000/06/09 10:29:27 "
@@ -31,12 +39,12 @@ TEST(libtovan, the_list_names_every_source_in_order) {
     std::vector<std::string> names = source_names();
     ASSERT_GT(names.size(), 60u);
     for (size_t i = 0; i < names.size(); i++) {
-        std::string pattern =
-            "@\\(#\\)-ltovan\\(" + names[i] + "\\)\t8\\.4 - "
-            "[0-9]{2}/[0-9]{2}/[0-9]{2}";
-        EXPECT_TRUE(std::regex_match(libtovan_list[i], std::regex(pattern)))
-            << "entry " << i << " is " << libtovan_list[i] << ", not that of "
-            << names[i];
+        EXPECT_EQ(with_digits_as_nines(libtovan_list[i]),
+                  "@(#)-ltovan(" + with_digits_as_nines(names[i]) +
+                      ")\t9.9 - 99/99/99")
+            << "entry " << i << " is not that of " << names[i];
+        EXPECT_NE(std::string(libtovan_list[i]).find("(" + names[i] + ")"),
+                  std::string::npos);
     }
 }
 
