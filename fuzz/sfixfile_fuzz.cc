@@ -29,13 +29,11 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     sf_splitchar = '\\';
     sf_dictext("A", "value of A", "fuzz", 1, 0);
     sf_dictext("T", "\t@@} x~u:\n", "fuzz", 1, 0);
-    std::string content(reinterpret_cast<const char *>(data + 1), size - 1);
+    const char *path = fuzz::table_file(data + 1, size - 1);
     lines_written = 0;
     int status = 0;
-    bool returned = fuzz::survives([&] {
-        status = sfixfile(fuzz::table_file(content.data(), content.size()),
-                          data[0] >> 7);
-    });
+    bool returned =
+        fuzz::survives([&] { status = sfixfile(path, data[0] >> 7); });
     if (!returned || status < 0 || status > 3 || lines_written > sfixfile_lc)
         abort();
     return 0;
