@@ -2,7 +2,7 @@
 // read back.
 #include "dictionary.h"
 #include "fuzz.h"
-#include "table_file.h"
+#include "memory_file.h"
 
 #include <stdlib.h>
 #include <algorithm>
@@ -32,8 +32,7 @@ bool can_be_read_back(const std::vector<std::string> &names) {
 }
 
 void read(const std::string &content) {
-    auto *bytes = reinterpret_cast<const uint8_t *>(content.data());
-    const char *path = fuzz::table_file(bytes, content.size());
+    const char *path = fuzz::memory_file(content.data(), content.size());
     if (!fuzz::survives([&] { sfdict(path); })) abort();
 }
 

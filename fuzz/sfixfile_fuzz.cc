@@ -2,6 +2,7 @@
 // errors of the structure never end the process.
 #include "dictionary.h"
 #include "fuzz.h"
+#include "memory_file.h"
 #include "table_file.h"
 
 #include <tovan/sfixfile.h>
@@ -29,7 +30,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     sf_splitchar = '\\';
     sf_dictext("A", "value of A", "fuzz", 1, 0);
     sf_dictext("T", "\t@@} x~u:\n", "fuzz", 1, 0);
-    const char *path = fuzz::table_file(data + 1, size - 1);
+    const char *path = fuzz::memory_file(data + 1, size - 1);
     lines_written = 0;
     int status = 0;
     bool returned =
