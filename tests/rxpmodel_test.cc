@@ -174,9 +174,42 @@ TEST(rxpmodel, random_programs_with_references) {
     expect_agreement_on_random(true, 8000, 2);
 }
 
+// ---- defects that were repaired -----------------------------------------
+
+void expect_agreement_of(const std::string &pattern,
+                         const std::string &subject) {
+    ASSERT_GT(rxpcomp(pattern.c_str(), 0, 0), 0) << pattern;
+    EXPECT_TRUE(expect_agreement(pattern, subject, rxpbuf));
+}
+
 TEST(rxpmodel, open_branches_belong_to_the_memory) {
-    ASSERT_GT(rxpcomp("<a*<>|a*>+\\{", 0, 0), 0);
-    EXPECT_TRUE(expect_agreement("<a*<>|a*>+\\{", "ab", rxpbuf));
+    expect_agreement_of("<a*<>|a*>+\\{", "ab");
+}
+
+TEST(rxpmodel, a_reference_to_a_submatch_that_ends_before_it_starts) {
+    expect_agreement_of(
+        "<<<a*>\\(.+bc*\\)|c\\~*\\(ba[^a]+[ab]\\)*b>+\\1>*<c<.+b>**[ab]|"
+        "\\~<<\\}|.b>>*>*",
+        "bA a a1bccAb");
+}
+
+TEST(rxpmodel, an_empty_program_is_not_one_text) {
+    expect_agreement_of("", "");
+    expect_agreement_of("", "a");
+}
+
+TEST(rxpmodel, starts_that_are_left_out_would_have_written_registers) {
+    expect_agreement_of("<\\(<[ab]*|><ab|b.>b+<[^a]*c>\\)a\\~*[^a]>*ac*",
+                        "_ac a1");
+}
+
+TEST(rxpmodel, a_start_behind_an_empty_run_is_tried) {
+    expect_agreement_of("a*bc*$", " _1abaab");
+}
+
+TEST(rxpmodel, a_scan_with_memory_before_any_stretch_is_known) {
+    expect_agreement_of("<a*<>|a*>+\\{.*a", "b ab");
+    expect_agreement_of("\\_x", "   x");
 }
 
 }  // namespace
