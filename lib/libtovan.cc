@@ -23,7 +23,7 @@
     X(nalloc) X(newexport) X(nocore) X(openread) X(overwhite) X(p_table)     \
     X(patmatch) X(presolve) X(progdesc) X(protect) X(putcols) X(r64tol)      \
     X(rdflist) X(rdyline) X(re_type) X(read1blk) X(readblk) X(repchar)       \
-    X(room) X(rxpauto) X(rxpcomp) X(rxpdump) X(rxpfilter) X(rxpfind)         \
+    X(room) X(rxpauto) X(rxpcomp) X(rxpdump) X(rxpfilter)         \
     X(rxpmemo) X(rxpneedle) X(rxpopt) X(rxppeval) X(rxpplan) X(rxpquick)     \
     X(rxprewrt) X(rxprun) X(rxpscan) X(rxpshape) X(sanemode) X(savesigs)     \
     X(savestr) X(sfdict) X(sfdictext) X(sfixfile) X(sflines) X(sfopenfile)   \

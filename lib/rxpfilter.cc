@@ -19,13 +19,14 @@ unsigned byte_at(const char *position) {
 
 bool has_right_end(const rxp_filters &filters, const char *start,
                    const char *end) {
+    if (!rxp_has(filters.last, 0)) {
+        if (end == start || !rxp_has(filters.last, byte_at(end - 1)))
+            return false;
+    }
     const rxp_needle &tail = filters.tail;
-    if (end - start < tail.length) return false;
-    if (memcmp(end - tail.length, tail.text,
-               static_cast<size_t>(tail.length)) != 0)
-        return false;
-    if (rxp_has(filters.last, 0)) return true;
-    return end != start && rxp_has(filters.last, byte_at(end - 1));
+    auto length = static_cast<size_t>(tail.length);
+    return end - start >= tail.length &&
+           memcmp(end - length, tail.text, length) == 0;
 }
 
 bool has_right_neighbours(const rxp_needle &needle, const char *start,
@@ -44,8 +45,8 @@ const char *next_place(const rxp_needle &needle, const char *from,
     }
     if (end - from < needle.length) return nullptr;
     const char *last = end - needle.length;
-    const char *pair =
-        rxp_find_pair(from + needle.rare, last + needle.rare + 1, needle.pair);
+    const char *pair = tovan::rxp_find_pair<1>(
+        from + needle.rare, last + needle.rare + 1, needle.pair);
     return pair == nullptr ? nullptr : pair - needle.rare;
 }
 
@@ -54,14 +55,13 @@ const char *next_place(const rxp_needle &needle, const char *from,
 const char *tovan::rxp_find_needle(const rxp_needle &needle, const char *start,
                                    const char *end) {
     auto length = static_cast<size_t>(needle.length);
-    const char *place = next_place(needle, start, end);
-    while (place != nullptr) {
-        if (memcmp(place, needle.text, length) == 0 &&
-            has_right_neighbours(needle, start, place))
-            return place;
-        place = next_place(needle, place + 1, end);
+    for (const char *from = start;; from++) {
+        from = next_place(needle, from, end);
+        if (from == nullptr) return nullptr;
+        if (memcmp(from, needle.text, length) == 0 &&
+            has_right_neighbours(needle, start, from))
+            return from;
     }
-    return nullptr;
 }
 
 bool tovan::rxp_may_match(const rxp_filters &filters, const char *start,
@@ -73,7 +73,7 @@ bool tovan::rxp_may_match(const rxp_filters &filters, const char *start,
 
 const char *tovan::rxp_find_start(const rxp_filters &filters, const char *from,
                                   const char *end) {
-    if (filters.has_pair) return rxp_find_pair(from, end, filters.pair);
+    if (filters.has_pair) return rxp_find_pair<3>(from, end, filters.pair);
     for (; from < end; from++) {
         if (rxp_has(filters.first, byte_at(from)) &&
             rxp_has(filters.second, byte_at(from + 1)))

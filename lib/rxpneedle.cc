@@ -14,6 +14,8 @@
 #include "private_rxp.h"
 #include "private_rxpplan.h"
 
+#include <string.h>
+
 using tovan::rxp_needle;
 using tovan::rxp_plan;
 using tovan::rxp_set;
@@ -125,10 +127,10 @@ int last_of_text(const program_view &v, int first) {
 // How seldom a byte is in texts that people write.
 int rarity(unsigned char byte) {
     if (byte == ' ') return 0;
-    if (byte == 'e' || byte == 't' || byte == 'a' || byte == 'i') return 1;
-    if ((re_type[byte] & tovan::re_lower) != 0) return 2;
-    if ((re_type[byte] & tovan::re_letter) != 0) return 3;
-    return 4;
+    if (strchr("etaoinsrhld", byte) != nullptr) return 1;
+    if (strchr("cumpfgwyb", byte) != nullptr) return 2;
+    if ((re_type[byte] & tovan::re_lower) != 0) return 3;
+    return (re_type[byte] & tovan::re_upper) != 0 ? 4 : 5;
 }
 
 int total_rarity(const rxp_needle &needle) {

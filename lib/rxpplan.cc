@@ -35,7 +35,6 @@ namespace {
 // drive each other out. A tool with a list of patterns keeps most plans.
 constexpr unsigned n_plans = 8;
 constinit rxp_plan plans[n_plans] = {};
-constinit rxp_plan *last_plan = plans;
 constinit uint64_t n_stamps = 0;
 
 unsigned place_of(const unsigned char *program) {
@@ -44,45 +43,11 @@ unsigned place_of(const unsigned char *program) {
     return sum % n_plans;
 }
 
-// Bytes before the ranges.
-size_t states_length(const unsigned char *program) {
-    return static_cast<size_t>(tovan::rxp_summary(program) + 2 - program);
-}
-
-uint64_t word_at(const unsigned char *bytes) {
-    uint64_t word;
-    memcpy(&word, bytes, sizeof word);
-    return word;
-}
-
-// As memcmp tells, for the few bytes for which a call is not worth while.
-bool is_equal(const unsigned char *a, const unsigned char *b, size_t n) {
-    if (n < 8) {
-        while (n > 0 && a[n - 1] == b[n - 1])
-            n--;
-        return n == 0;
-    }
-    size_t last = n - 8;
-    for (size_t i = 0; i < last; i += 8) {
-        if (word_at(a + i) != word_at(b + i)) return false;
-    }
-    return word_at(a + last) == word_at(b + last);
-}
-
-// Equal states need equally many ranges: no byte behind either program is
-// looked at.
-bool is_about(const rxp_plan &plan, const unsigned char *program) {
-    if (plan.length == 0 || plan.program[2] != program[2]) return false;
-    size_t states = states_length(program);
-    return is_equal(plan.program, program, states) &&
-           is_equal(plan.program + states, program + states,
-                    plan.length - states);
-}
-
 void keep_copy(rxp_plan *plan, const unsigned char *program) {
-    size_t states = states_length(program);
-    auto *ranges = reinterpret_cast<const char *>(program + states);
-    size_t length = states + strnlen(ranges, 2 * tovan::rxp_max_pairs) + 1;
+    const unsigned char *ranges = tovan::rxp_summary(program) + 2;
+    size_t length = static_cast<size_t>(ranges - program) + 1 +
+                    strnlen(reinterpret_cast<const char *>(ranges),
+                            2 * tovan::rxp_max_pairs);
     plan->length = length < sizeof plan->program ? length : 0;
     plan->is_made = false;
     memcpy(plan->program, program, plan->length);
@@ -332,15 +297,16 @@ int tovan::rxp_straight_end(const rxp_state *states, int number) {
     }
 }
 
-rxp_plan *tovan::rxp_plan_for(const unsigned char *program) {
-    if (is_about(*last_plan, program) && last_plan->is_made) return last_plan;
+constinit tovan::rxp_plan *tovan::rxp_last_plan = plans;
+
+rxp_plan *tovan::rxp_choose_plan(const unsigned char *program) {
     rxp_plan *plan = &plans[place_of(program)];
-    if (!is_about(*plan, program)) {
+    if (!rxp_is_about(*plan, program)) {
         keep_copy(plan, program);
         return nullptr;
     }
     if (!plan->is_made) make_plan(plan);
-    last_plan = plan;
+    rxp_last_plan = plan;
     return plan;
 }
 

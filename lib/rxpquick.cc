@@ -252,6 +252,12 @@ rxp_answer find_literal(const tovan::rxp_needle &needle, const char *subject,
     return rxp_answer::match;
 }
 
+// A needle of one byte is looked for before the end of the subject is.
+bool lacks_needle(const tovan::rxp_filters &filters, const char *subject) {
+    return filters.needle.length == 1 && !filters.is_at_end &&
+           strchr(subject, filters.needle.text[0]) == nullptr;
+}
+
 rxp_answer find(const rxp_plan *plan, const char *subject, const char *end) {
     search s;  // its frames are left unset
     s.plan = plan;
@@ -260,7 +266,12 @@ rxp_answer find(const rxp_plan *plan, const char *subject, const char *end) {
     s.end = end;
     int64_t patience = plan->program[2] * (end - subject + 1) + 1;
     s.patience = patience;
-    s.found = {};
+    s.found.best = nullptr;
+    s.found.highest = 0;
+    for (int k = 1; k <= plan->shape.n_submatches; k++) {
+        s.found.registers[2 * k] = nullptr;
+        s.found.registers[2 * k + 1] = nullptr;
+    }
     s.n_frames = 0;
     const char *start = find_match(&s);
     tovan::rxp_last_cost.steps = static_cast<uint64_t>(patience - s.patience);
@@ -278,6 +289,7 @@ rxp_answer tovan::rxp_quick_search(const rxp_plan *plan, const char *subject) {
     const rxp_filters &filters = plan->filters;
     if (plan->is_anchored && !rxp_has(filters.first, byte_at(subject)))
         return rxp_answer::no_match;
+    if (lacks_needle(filters, subject)) return rxp_answer::no_match;
     const char *end = subject + strlen(subject);
     if (plan->is_literal) return find_literal(filters.needle, subject, end);
     if (!rxp_may_match(filters, subject, end)) return rxp_answer::no_match;
