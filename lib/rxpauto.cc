@@ -34,10 +34,8 @@
 #include <stdlib.h>
 #include <string.h>
 
-using tovan::re_is;
 using tovan::rxp_answer;
 using tovan::rxp_plan;
-using tovan::rxp_quick;
 using tovan::rxp_set;
 using tovan::rxp_state;
 

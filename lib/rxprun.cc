@@ -175,6 +175,8 @@ bool stand_if(way *w, bool stands) {
     return stands;
 }
 
+// Deliberate: registers keep what a way has written that fails, and even an
+// attempt from an earlier start (test registers_are_not_restored).
 bool open_submatch(rxp_machine *m, way *w, int number) {
     rxp_open_submatch(&m->found, number, w->position);
     m->written |= tovan::rxp_register_bit(2 * number) |
@@ -188,6 +190,8 @@ bool close_submatch(rxp_machine *m, way *w, int number) {
     return stand_if(w, true);
 }
 
+// Deliberate: only a letter that the pattern writes small matches both cases
+// (test folding_needs_a_small_letter_in_the_pattern).
 bool is_folded(unsigned char character, unsigned char literal) {
     bool is_upper = (re_type[character] & tovan::re_upper) != 0;
     return character == literal || (is_upper && character + 32 == literal);
