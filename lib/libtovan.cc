@@ -23,15 +23,15 @@
     X(nalloc) X(newexport) X(nocore) X(openread) X(overwhite) X(p_table)     \
     X(patmatch) X(presolve) X(progdesc) X(protect) X(putcols) X(r64tol)      \
     X(rdflist) X(rdyline) X(re_type) X(read1blk) X(readblk) X(repchar)       \
-    X(room) X(rxpauto) X(rxpcomp) X(rxpdump) X(rxpfilter)         \
-    X(rxpmemo) X(rxpneedle) X(rxpopt) X(rxppeval) X(rxpplan) X(rxpquick)     \
-    X(rxprewrt) X(rxprun) X(rxpscan) X(rxpshape) X(sanemode) X(savesigs)     \
-    X(savestr) X(sfdict) X(sfdictext) X(sfixfile) X(sflines) X(sfopenfile)   \
-    X(sfproc) X(sfput) X(sfputdict) X(sfrefer) X(sfterm) X(sfvalvar)         \
-    X(sfwindow) X(sfwords) X(simplify) X(split) X(spread) X(startshr)        \
-    X(stdfids) X(str_chr) X(strhash) X(strindex) X(strpcmp) X(svstr)         \
-    X(sysio) X(sysnames) X(testdrvr) X(trait) X(traitstr) X(traitwlk)        \
-    X(trim) X(trtab) X(uniqid) X(usage) X(usestrs) X(v_libtov) X(wait4pid)   \
+    X(room) X(rxpauto) X(rxpcomp) X(rxpdump) X(rxpfilter) X(rxpmemo)         \
+    X(rxpneedle) X(rxpopt) X(rxppeval) X(rxpplan) X(rxpquick) X(rxprewrt)    \
+    X(rxprun) X(rxpscan) X(rxpshape) X(sanemode) X(savesigs) X(savestr)      \
+    X(sfdict) X(sfdictext) X(sfixfile) X(sflines) X(sfopenfile) X(sfproc)    \
+    X(sfput) X(sfputdict) X(sfrefer) X(sfterm) X(sfvalvar) X(sfwindow)       \
+    X(sfwords) X(simplify) X(split) X(spread) X(startshr) X(stdfids)         \
+    X(str_chr) X(strhash) X(strindex) X(strpcmp) X(svstr) X(sysio)           \
+    X(sysnames) X(testdrvr) X(trait) X(traitstr) X(traitwlk) X(trim)         \
+    X(trtab) X(uniqid) X(usage) X(usestrs) X(v_libtov) X(wait4pid)           \
     X(whichsig) X(zombie)
 // clang-format on
 
