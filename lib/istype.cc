@@ -8,17 +8,8 @@
 
 namespace {
 
-consteval bool is_between(int character, int first, int last) {
-    return first <= character && character <= last;
-}
-
-consteval bool is_one_of(int character, const char *members) {
-    while (*members != '\0' && *members != character)
-        members++;
-    return *members != '\0';
-}
-
 consteval int letter_or_digit(int c) {
+    using tovan::is_between;
     if (is_between(c, 'A', 'Z')) return tovan::class_upper;
     if (is_between(c, 'a', 'z')) return tovan::class_lower;
     if (is_between(c, '0', '9')) return tovan::class_digit;

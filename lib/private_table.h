@@ -16,4 +16,19 @@
     TOVAN_TABLE_64(rule, 0), TOVAN_TABLE_64(rule, 64), \
         TOVAN_TABLE_64(rule, 128), TOVAN_TABLE_64(rule, 192)
 
+namespace [[gnu::visibility("hidden")]] tovan {
+
+// What rules are made of.
+consteval bool is_between(int character, int first, int last) {
+    return first <= character && character <= last;
+}
+
+consteval bool is_one_of(int character, const char *members) {
+    while (*members != '\0' && *members != character)
+        members++;
+    return *members != '\0';
+}
+
+}  // namespace tovan
+
 #endif

@@ -7,16 +7,6 @@
 
 namespace {
 
-consteval bool is_between(int character, int first, int last) {
-    return first <= character && character <= last;
-}
-
-consteval bool is_one_of(int character, const char *members) {
-    while (*members != '\0' && *members != character)
-        members++;
-    return *members != '\0';
-}
-
 consteval unsigned char class_of(int c) {
     using namespace tovan;
     int classes = 0;
