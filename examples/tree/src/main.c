@@ -4,6 +4,6 @@
 #include <stdio.h>
 
 int main(void) {
-    printf("%s: %d\n", NAME, twice(21));
+    printf("%s %s: %d\n%s\n", NAME, VERSION, twice(21), GREETING);
     return 0;
 }
