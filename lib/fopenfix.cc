@@ -2,6 +2,7 @@
 #include "fastout.h"
 
 #include "ident.h"
+#include "private_io.h"
 
 #include <errno.h>
 #include <fcntl.h>
@@ -9,6 +10,8 @@
 #include <unistd.h>
 
 namespace {
+
+constexpr int permissions = 0666;
 
 // The flags of an append mode, or 0 for another mode.
 int append_flags(const char *mode) {
@@ -20,23 +23,12 @@ int append_flags(const char *mode) {
     return 0;
 }
 
-// The stream is the caller's, and so is what a child sees of it: no
-// close-on-exec, as with fopen.
-int open_to_append(const char *path, int flags) {
-    constexpr mode_t permissions = 0666;
-    int descriptor;
-    do {
-        descriptor = open(path, flags, permissions);
-    } while (descriptor == -1 && errno == EINTR);
-    return descriptor;
-}
-
 }  // namespace
 
 FILE *fopenfix(const char *path, const char *mode) {
     int flags = append_flags(mode);
     if (flags == 0) return fopen(path, mode);
-    int descriptor = open_to_append(path, flags);
+    int descriptor = tovan::open_for_caller(path, flags, permissions);
     if (descriptor == -1) return nullptr;
     if ((flags & O_ACCMODE) == O_WRONLY) lseek(descriptor, 0, SEEK_END);
     FILE *stream = fdopen(descriptor, mode);

@@ -11,6 +11,10 @@ namespace [[gnu::visibility("hidden")]] tovan {
 // open(2) with close-on-exec, repeated when a signal interrupts it.
 int open_file(const char *path, int flags, int mode = 0);
 
+// The same without close-on-exec: what goes to the caller is inherited as
+// with open(2).
+int open_for_caller(const char *path, int flags, int mode = 0);
+
 // One read(2), repeated when a signal interrupts it.
 ssize_t read_some(int descriptor, void *buffer, size_t count);
 

@@ -8,9 +8,13 @@
 #include <unistd.h>
 
 int tovan::open_file(const char *path, int flags, int mode) {
+    return open_for_caller(path, flags | O_CLOEXEC, mode);
+}
+
+int tovan::open_for_caller(const char *path, int flags, int mode) {
     int descriptor;
     do {
-        descriptor = open(path, flags | O_CLOEXEC, mode);
+        descriptor = open(path, flags, mode);
     } while (descriptor == -1 && errno == EINTR);
     return descriptor;
 }

@@ -41,6 +41,12 @@ for word in error usage trim clean function trait zombie protect spread dup2 mks
         bad "the library calls $word by its general name"
 done
 
+# The word stays the same where headers rename it for 64-bit file offsets.
+"$CXX" -std=c++20 -D_FILE_OFFSET_BITS=64 -c "$SOURCE/lib/mkstemp.cc" \
+    -o "$work/mkstemp.o" || bad "mkstemp.cc does not compile"
+nm -g --defined-only "$work/mkstemp.o" | grep -q ' mkstemp$' ||
+    bad "mkstemp has another name with 64-bit file offsets"
+
 case $(grep -c 'TOVAN_SANITIZE:BOOL=ON' "$BINARY/CMakeCache.txt") in
 0)
     # Nothing undefined but the library's own and the C library's.

@@ -4,10 +4,10 @@
 #include "shared/trace.h"
 
 #include <stdio.h>
-#include <stdlib.h>
 #include <sys/stat.h>
 #include <tovan/dystr.h>
 #include <tovan/errexit.h>
+#include <tovan/private_opentmp.h>
 #include <unistd.h>
 
 namespace {
@@ -36,7 +36,7 @@ int tools::begin_file(const char *file) {
     set_exit_rtn(remove_unfinished);
     dyreuse(&unfinished, 64);
     dyfmt(&unfinished, "@s.XXXXXX", file);
-    int descriptor = mkstemp(unfinished.buffer);
+    int descriptor = tovan::make_unique(unfinished.buffer);
     if (descriptor == -1) dytruncate(&unfinished, 0);
     errcheck(descriptor, file);
     if (ddt_trace(&trace_output, 1, 1)) eprintf("%s\n", unfinished.buffer);
