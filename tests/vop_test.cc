@@ -288,17 +288,17 @@ TEST(vop, shows_how_a_command_would_run) {
 }
 
 const std::vector<std::string> subcommands = {
-    "expand", "vars", "srcs", "expr",  "match",  "rx",  "glob", "path",
-    "map",    "dos",  "ix",   "names", "traits", "run", "fix",  "dict"};
+    "expand", "vars", "srcs",  "expr",   "match", "rx",  "glob", "path", "map",
+    "dos",    "ix",   "names", "traits", "run",   "fix", "dict", "tmp"};
 
 TEST(vop, help_lists_the_subcommands_in_columns) {
     check({{{"help"},
             "",
             "Subcommands:\n"
             "\n"
-            "    expand srcs   match  glob   map    ix     traits fix    dict  "
+            "    expand srcs   match  glob   map    ix     traits fix    tmp   "
             " help\n"
-            "    vars   expr   rx     path   dos    names  run\n"
+            "    vars   expr   rx     path   dos    names  run    dict\n"
             "\n"
             "vop help SUBCOMMAND explains one, vop -x each in a line.\n",
             "",

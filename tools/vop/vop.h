@@ -29,6 +29,7 @@ extern const command traits;
 extern const command run;
 extern const command fix;
 extern const command dict;
+extern const command tmp;
 
 // Arguments of a subcommand that has no flags of its own.
 //   least     fewer than so many are misuse
