@@ -1,7 +1,8 @@
 # Flags that all targets of the project share.
 #   tovan_warnings   every warning that the project keeps at zero
 #   tovan_freestyle  how library and tools are compiled: nothing of the C++
-#                    run-time library may be needed to link them
+#                    run-time library may be needed to link them, and its
+#                    assertions would be
 add_library(tovan_warnings INTERFACE)
 target_compile_options(tovan_warnings INTERFACE
   -Wall -Wextra -Wpedantic -Wshadow -Wconversion
@@ -10,7 +11,7 @@ target_compile_options(tovan_warnings INTERFACE
 add_library(tovan_freestyle INTERFACE)
 target_compile_options(tovan_freestyle INTERFACE
   $<$<COMPILE_LANGUAGE:CXX>:-fno-exceptions -fno-rtti
-    -fno-threadsafe-statics>)
+    -fno-threadsafe-statics -U_GLIBCXX_ASSERTIONS>)
 
 if(TOVAN_SANITIZE)
   add_compile_options(-fsanitize=address,undefined -fno-sanitize=vptr

@@ -38,7 +38,8 @@ TOVAN_NORETURN void errorexit(int status, const char *format, ...)
 //   result    that of the flush: 0, or EOF with errno
 //   edge      the name is also one of the C library's, with other arguments:
 //             after <error.h>, or with TOVAN_NO_ERROR defined, this
-//             declaration steps back; tovan_error is the same function
+//             declaration steps back; tovan_error is the same function. A
+//             program that means the other one links it first (-Wl,-lc -ltovan)
 #if !defined(TOVAN_NO_ERROR) && !defined(_ERROR_H)
 int error(const char *format, ...) TOVAN_PRINTF(1, 2);
 #endif
