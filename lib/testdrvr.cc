@@ -65,7 +65,7 @@ const char *summary(const testrec *test) {
 
 // Takes an option letter; returns whether tests are to be explained.
 // Deliberate: -V is invalid, although the synopsis shows it (test
-// testdriver_refuses_other_letters).
+// refuses_other_letters).
 bool take_letter(char letter, const testrec *const *table) {
     if (letter == 'x' || letter == '?') explain_driver(table);
     if (letter != 'v' && letter != 'X')

@@ -63,6 +63,13 @@ TEST_F(makedir_test, an_existing_directory_gets_the_permissions) {
     EXPECT_EQ(permissions_of("there"), 0777u);
 }
 
+TEST_F(makedir_test, permissions_that_cannot_be_changed_are_not_reported) {
+    struct stat status = {};
+    ASSERT_EQ(chmod("/proc/self/fd", 0777), -1);
+    EXPECT_EQ(makedir("/proc/self/fd", 0777, 1, &status), 0);
+    EXPECT_NE(permissions_of("/proc/self/fd"), 0777u);
+}
+
 TEST_F(makedir_test, equal_permissions_leave_the_other_bits_alone) {
     struct stat status = {};
     ASSERT_EQ(mkdir("there", 0755), 0);
