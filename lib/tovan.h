@@ -6,6 +6,7 @@
 
 #include "chkalloc.h"
 #include "convert.h"
+#include "ddbm.h"
 #include "ddt.h"
 #include "dospath.h"
 #include "dypadd.h"
