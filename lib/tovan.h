@@ -21,6 +21,8 @@
 #include "gethome.h"
 #include "globber.h"
 #include "istype.h"
+#include "kdbminit.h"
+#include "ldbminit.h"
 #include "lvexpand.h"
 #include "lvget.h"
 #include "lvheap.h"
