@@ -45,7 +45,8 @@ int tovan::write_full(int descriptor, const void *bytes, size_t count) {
     while (count > 0) {
         ssize_t put = write(descriptor, next, count);
         if (put == -1 && errno == EINTR) continue;
-        if (put == -1) return -1;
+        if (put == 0) errno = ENOSPC;  // no error, and no progress either
+        if (put <= 0) return -1;
         next += put;
         count -= static_cast<size_t>(put);
     }
