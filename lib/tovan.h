@@ -6,6 +6,7 @@
 
 #include "chkalloc.h"
 #include "convert.h"
+#include "cpioput.h"
 #include "ddbm.h"
 #include "ddt.h"
 #include "dospath.h"
@@ -34,6 +35,7 @@
 #include "simplify.h"
 #include "strutil.h"
 #include "sysnames.h"
+#include "tarout.h"
 #include "testdrvr.h"
 #include "trait.h"
 #include "usage.h"
