@@ -289,7 +289,7 @@ TEST(vop, shows_how_a_command_would_run) {
 
 const std::vector<std::string> subcommands = {
     "expand", "vars", "srcs",  "expr",   "match", "rx",  "glob", "path", "map",
-    "dos",    "ix",   "names", "traits", "run",   "fix", "dict", "tmp"};
+    "dos",    "ix",   "names", "traits", "run",   "fix", "dict", "tmp",  "db"};
 
 TEST(vop, help_lists_the_subcommands_in_columns) {
     check({{{"help"},
@@ -298,7 +298,7 @@ TEST(vop, help_lists_the_subcommands_in_columns) {
             "\n"
             "    expand srcs   match  glob   map    ix     traits fix    tmp   "
             " help\n"
-            "    vars   expr   rx     path   dos    names  run    dict\n"
+            "    vars   expr   rx     path   dos    names  run    dict   db\n"
             "\n"
             "vop help SUBCOMMAND explains one, vop -x each in a line.\n",
             "",

@@ -17,7 +17,7 @@ namespace {
 constexpr const vop::command *commands[] = {
     &vop::expand, &vop::vars, &vop::srcs, &vop::expr, &vop::match, &vop::rx,
     &vop::glob,   &vop::path, &vop::map,  &vop::dos,  &vop::ix,    &vop::names,
-    &vop::traits, &vop::run,  &vop::fix,  &vop::dict,   &vop::tmp,
+    &vop::traits, &vop::run,  &vop::fix,  &vop::dict, &vop::tmp,   &vop::db,
 };
 
 constexpr char synopsis[] = "SUBCOMMAND [ARGUMENT...]";

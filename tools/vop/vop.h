@@ -30,6 +30,7 @@ extern const command run;
 extern const command fix;
 extern const command dict;
 extern const command tmp;
+extern const command db;
 
 // Arguments of a subcommand that has no flags of its own.
 //   least     fewer than so many are misuse
