@@ -1,11 +1,13 @@
 // lvexpand_bench.cc: expanding texts.
 //
-// expand/names500/50MB    a text with a reference a line, from file to file;
-//                         peers are whole processes that do the same in one
-//                         pass with a table of the names
+// expand/names500/50MB    the text of job f, from file to file; peers are
+//                         whole processes that do the same in one pass with a
+//                         table of the names; what they write is compared
+//                         first, and thrown away while the time is taken
 // expand/names500/1MB     the same, for one with a substitution a name
 // expand/calls/1MB        a call a line
 // law/...                 nested calls and subscripts, long texts
+#include "names_text.h"
 #include "support/heap_image.h"
 
 #include <benchmark/benchmark.h>
@@ -16,21 +18,11 @@
 #include <tovan/lvexpand.h>
 #include <tovan/lvget.h>
 #include <unistd.h>
-#include <random>
 #include <string>
 
 namespace {
 
-constexpr int name_count = 500;
 constexpr size_t megabyte = 1 << 20;
-
-std::string name_of(size_t i) {
-    return "Name" + std::to_string(i);
-}
-
-std::string value_of(size_t i) {
-    return "/net/tree/some/value" + std::to_string(i * 7919);
-}
 
 void write_file(const std::string &path, const std::string &content) {
     FILE *file = fopen(path.c_str(), "w");
@@ -38,17 +30,8 @@ void write_file(const std::string &path, const std::string &content) {
     fclose(file);
 }
 
-// Lines of some fifty characters with one reference each.
 std::string text_of(size_t size) {
-    std::mt19937 random(7);
-    std::string text;
-    while (text.size() < size) {
-        text.append(10 + random() % 20, 'x');
-        text += " = @" + name_of(random() % name_count) + "/";
-        text.append(random() % 20, 'y');
-        text += ".c\n";
-    }
-    return text;
+    return bench::text_of(size, "@", "/");
 }
 
 // A directory with the variables, the texts and the peers' programs.
@@ -59,18 +42,12 @@ struct workshop {
         char name[] = "/tmp/lvexpand-bench-XXXXXX";
         directory = mkdtemp(name);
         std::vector<support::variable> variables = {{"X[a]", "a"}};
-        std::string table, definitions, script;
-        for (size_t i = 0; i < name_count; i++) {
-            variables.push_back({name_of(i), value_of(i)});
-            table += name_of(i) + " " + value_of(i) + "\n";
-            definitions +=
-                "define(`" + name_of(i) + "',`" + value_of(i) + "')dnl\n";
-            script += "s,@" + name_of(i) + "/," + value_of(i) + "/,g\n";
-        }
+        for (int i = 0; i < bench::name_count; i++)
+            variables.push_back({bench::name_of(i), bench::value_of(i)});
         write_file(path("heap"), support::heap_of(variables));
-        write_file(path("table"), table);
-        write_file(path("m4"), definitions);
-        write_file(path("sed"), script);
+        write_file(path("table"), bench::names_script("", " ", ""));
+        write_file(path("m4"), bench::names_script("define(`", "',`", "')dnl"));
+        write_file(path("sed"), bench::names_script("s,@", "/,", "/,g"));
         std::string text = text_of(50 * megabyte);
         write_file(path("50MB"), text);
         std::erase(text, '@');
@@ -104,48 +81,58 @@ std::string content_of(const std::string &path) {
 }
 
 // As a tool expands a file: line by line.
-void by_ours(benchmark::State &state, const std::string &text_name) {
-    const workshop &here = shop();
+void expand_file(const std::string &from, const std::string &to) {
+    FILE *in = fopen(from.c_str(), "r");
+    FILE *out = fopen(to.c_str(), "w");
     char *line = nullptr;
     size_t size = 0;
     dy output;
     dynew(&output, 0);
-    for (auto _ : state) {
-        FILE *in = fopen(here.path(text_name).c_str(), "r");
-        FILE *out = fopen(here.path("ours").c_str(), "w");
-        for (int number = 1; getline(&line, &size, in) > 0; number++) {
-            dytruncate(&output, 0);
-            lvexpand(line, &output, "bench", number);
-            dyaddc(&output, '\n');
-            fwrite(output.buffer, 1, static_cast<size_t>(output.length), out);
-        }
-        fclose(in);
-        fclose(out);
+    for (int number = 1; getline(&line, &size, in) > 0; number++) {
+        dytruncate(&output, 0);
+        lvexpand(line, &output, "bench", number);
+        dyaddc(&output, '\n');
+        fwrite(output.buffer, 1, static_cast<size_t>(output.length), out);
     }
     free(line);
     free(output.buffer);
+    fclose(in);
+    fclose(out);
 }
 
-// `command` reads the text and writes what we write to the file "theirs".
-void by_command(benchmark::State &state, const std::string &command) {
+void by_ours(benchmark::State &state, const std::string &text_name) {
     const workshop &here = shop();
-    std::string line = "cd " + here.directory + " && " + command + " >theirs";
-    for (auto _ : state) {
-        if (system(line.c_str()) != 0) state.SkipWithError("failed");
-    }
-    if (content_of(here.path("theirs")) != content_of(here.path("ours")))
+    for (auto _ : state)
+        expand_file(here.path(text_name), "/dev/null");
+}
+
+// `command` reads the text and writes what we write.
+void by_command(benchmark::State &state, const std::string &text_name,
+                const std::string &command) {
+    const workshop &here = shop();
+    std::string line = "cd " + here.directory + " && " + command + " >";
+    expand_file(here.path(text_name), here.path("ours"));
+    bool is_done = system((line + "theirs").c_str()) == 0;
+    if (!is_done ||
+        content_of(here.path("theirs")) != content_of(here.path("ours"))) {
         state.SkipWithError("another result than ours");
+        return;
+    }
+    line += "/dev/null";
+    for (auto _ : state) {
+        if (system(line.c_str()) != 0) abort();
+    }
 }
 
 const char awk_program[] =
     "awk 'NR == FNR { value[$1] = $2; next }"
-    " { out = \"\"; rest = $0;"
-    "   while (i = index(rest, \"@\")) {"
-    "     out = out substr(rest, 1, i - 1); rest = substr(rest, i + 1);"
-    "     match(rest, /^[A-Za-z_][A-Za-z0-9_]*/);"
-    "     out = out value[substr(rest, 1, RLENGTH)];"
-    "     rest = substr(rest, RLENGTH + 1) }"
-    "   print out rest }' table ";
+    " FNR == 1 { FS = \"@\"; $0 = $0 }"
+    " NF < 2 { print; next }"
+    " { out = $1;"
+    "   for (i = 2; i <= NF; i++) {"
+    "     end = index($i, \"/\");"
+    "     out = out value[substr($i, 1, end - 1)] substr($i, end) }"
+    "   print out }' table ";
 const char perl_program[] =
     "perl -e 'open T, \"<\", \"table\"; while (<T>) { /(\\S+) (\\S+)/;"
     " $v{$1} = $2 } open F, \"<\", $ARGV[0];"
@@ -155,7 +142,7 @@ void calls(benchmark::State &state) {
     shop();
     std::string text;
     while (text.size() < megabyte)
-        text += "@(take1st @Name7 xxxx) @(empty @Name9)\n";
+        text += "@(take1st @NAME_7 xxxx) @(empty @NAME_9)\n";
     dy output;
     dynew(&output, 0);
     for (auto _ : state) {
@@ -238,7 +225,8 @@ int main(int argc, char **argv) {
             ->UseRealTime();
         for (const auto &peer : peers) {
             if (!std::string(peer.name).starts_with(group + "/")) continue;
-            benchmark::RegisterBenchmark(peer.name, by_command, peer.command)
+            benchmark::RegisterBenchmark(peer.name, by_command,
+                                         std::string(size), peer.command)
                 ->Unit(benchmark::kMillisecond)
                 ->UseRealTime();
         }

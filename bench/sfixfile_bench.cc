@@ -1,5 +1,7 @@
 // sfixfile_bench.cc: job f: 50 MB of text with 500 names replaced, beside
 // what else replaces names, and the laws of the dictionary.
+#include "names_text.h"
+
 #include <benchmark/benchmark.h>
 #include <fcntl.h>
 #include <stdio.h>
@@ -16,42 +18,16 @@
 #include <string>
 #include <vector>
 
+using bench::name_count;
+using bench::name_of;
+using bench::names_script;
+using bench::text_of;
+using bench::value_of;
+
 namespace {
 
-constexpr int name_count = 500;
 constexpr size_t large = 50000000;
 constexpr size_t small = 5000000;  // for what takes seconds a megabyte
-
-std::string name_of(int i) {
-    return "NAME_" + std::to_string(i);
-}
-
-std::string value_of(int i) {
-    return "/usr/local/value/" + std::to_string(i * 7919);
-}
-
-// Lines of words; every second one has a reference, some have two.
-std::string text_of(size_t size, const std::string &before,
-                    const std::string &after) {
-    static const char *const words[] = {"the",    "library", "copies",  "lines",
-                                        "from",   "files",   "through", "a",
-                                        "writer", "of",      "texts",   "and"};
-    std::mt19937 random(50);
-    std::string text;
-    text.reserve(size + 200);
-    while (text.size() < size) {
-        size_t references = random() % 4;
-        for (size_t n = 6 + random() % 8; n > 0; --n) {
-            text += words[random() % std::size(words)];
-            text += ' ';
-        }
-        for (; references > 1; --references)
-            text += before + name_of(static_cast<int>(random() % name_count)) +
-                    after + ' ';
-        text.back() = '\n';
-    }
-    return text;
-}
 
 // Files of the run, removed at its end.
 class workplace {
@@ -87,14 +63,6 @@ workplace files;
 std::string text_file(size_t size) {
     return files.file("text" + std::to_string(size),
                       [size] { return text_of(size, "@", "@"); });
-}
-
-// A line for each name.
-std::string script(const char *before, const char *between, const char *after) {
-    std::string all;
-    for (int i = 0; i < name_count; ++i)
-        all += before + name_of(i) + between + value_of(i) + after + "\n";
-    return all;
 }
 
 FILE *nowhere() {
@@ -245,7 +213,7 @@ void fix_by_program(benchmark::State &state, const char *program,
 
 std::string awk_command() {
     std::string dictionary =
-        files.file("awk.dict", [] { return script("", " ", ""); });
+        files.file("awk.dict", [] { return names_script("", " ", ""); });
     std::string program = files.file("awk.script", [dictionary] {
         return "BEGIN { while ((getline < \"" + dictionary +
                "\") > 0) value[$1] = $2; FS = \"@\" }\n"
@@ -259,7 +227,7 @@ std::string awk_command() {
 
 std::string perl_command() {
     std::string program = files.file("perl.script", [] {
-        return "my %value = (" + script("'", "', '", "',") +
+        return "my %value = (" + names_script("'", "', '", "',") +
                ");\nwhile (<>) { s/\\@(\\w+)\\@/$value{$1}/g; print; }\n";
     });
     return "perl " + program + " " + text_file(large);
@@ -267,15 +235,15 @@ std::string perl_command() {
 
 std::string m4_command() {
     std::string definitions = files.file(
-        "m4.dict", [] { return script("define(`", "', `", "')dnl"); });
+        "m4.dict", [] { return names_script("define(`", "', `", "')dnl"); });
     std::string text =
         files.file("m4.text", [] { return text_of(large, "", ""); });
     return "m4 " + definitions + " " + text;
 }
 
 std::string sed_command() {
-    std::string program =
-        files.file("sed.script", [] { return script("s,@", "@,", ",g"); });
+    std::string program = files.file(
+        "sed.script", [] { return names_script("s,@", "@,", ",g"); });
     return "sed -f " + program + " " + text_file(small);
 }
 
