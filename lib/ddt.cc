@@ -52,8 +52,15 @@ constexpr const char *help[] = {
     nullptr,
 };
 
-const char *program() {
-    return progname != nullptr ? progname : "";
+void print_program() {
+    if (progname != nullptr) eprintf("%s: ", progname);
+}
+
+// What stands in front of the caller's message.
+void print_prefix(const ddt *package, unsigned level) {
+    constexpr int longest_name = sizeof package->name;
+    print_program();
+    eprintf("%.*s(%d) ", longest_name, package->name, static_cast<int>(level));
 }
 
 void link(ddt *package) {
@@ -86,7 +93,8 @@ const char *last_match(const char *text, const char *match, const char *name,
 
 void add_environment() {
     char name[32 + sizeof "_debug"];
-    snprintf(name, sizeof name, "%.32s_debug", program());
+    const char *program = progname != nullptr ? progname : "";
+    snprintf(name, sizeof name, "%.32s_debug", program);
     const char *value = getenv(name);
     if (value == nullptr || *value == '\0') value = getenv("KRT_debug");
     if (value != nullptr && *value != '\0') ddt_addflags(value);
@@ -108,7 +116,7 @@ void ddt_addflags(const char *text) {
     if (text == nullptr) return;
     size_t length = strlen(text);
     if (length > most_flags || flags.length + length > most_flags) {
-        if (progname != nullptr) eprintf("%s: ", progname);
+        print_program();
         tovan::error("Warning: ddt_flags area overflow - flags not added");
         return;
     }
@@ -141,11 +149,7 @@ int ddt_trace(ddt *package, unsigned level, int print) {
     if (!package->looked_up &&
         level > static_cast<unsigned>(ddt_level(package)))
         return 0;
-    if (print) {
-        fprintf(stderr, "%s: %.*s(%d) ", program(),
-                static_cast<int>(sizeof package->name), package->name,
-                static_cast<int>(level));
-    }
+    if (print) print_prefix(package, level);
     return 1;
 }
 

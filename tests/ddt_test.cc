@@ -106,6 +106,31 @@ TEST(ddt, trace_prints_a_prefix_when_it_is_on) {
               "test: foo(2) ");
 }
 
+TEST(ddt, trace_prints_no_prefix_for_a_tool_without_a_name) {
+    ddt &package = package_of("foo");
+    ddt_addflags("foo");
+    progname = nullptr;
+    EXPECT_EQ(support::stderr_of([&] { ddt_trace(&package, 1, 1); }),
+              "foo(1) ");
+}
+
+TEST(ddt, level_0_is_on_whatever_the_flags_say) {
+    ddt &package = package_of("foo");
+    EXPECT_EQ(ddt_trace(&package, 0, 0), 1);
+    ddt_addflags("foo-");
+    EXPECT_EQ(ddt_trace(&package, 0, 0), 1);
+}
+
+TEST(ddt, a_package_is_linked_when_it_is_first_looked_up) {
+    ddt &first = package_of("foo");
+    ddt &second = package_of("bar");
+    EXPECT_EQ(first.next, nullptr);
+    EXPECT_EQ(ddt_trace(&first, 1, 0), 0);
+    EXPECT_EQ(ddt_trace(&second, 1, 0), 0);
+    EXPECT_NE(first.next, nullptr);
+    EXPECT_EQ(second.next, &first);
+}
+
 int looked_up = 0;
 
 int counting_init(ddt *package, const char *suffix) {
