@@ -365,6 +365,11 @@ TEST(vop, traces_what_its_packages_say) {
           {"run", "false"},
           "",
           "vop: run(1) false\nvop: run(1) 0x0100\n"},
+         {"fix",
+          {"fix", "-d", "/dev/null", "-"},
+          "a\n@{ x\n@| *\nb\n@}\n",
+          "vop: fix(1) /dev/null: dictionary, status 0\n"
+          "vop: fix(1) -: 5 lines, status 0\n"},
          {"output",
           {"fix", "-onew", "heap"},
           "",

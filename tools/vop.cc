@@ -26,7 +26,7 @@ constexpr const char *explanation[] = {
     "The services of libtovan on the command line.",
     "",
     "-V FLAGS\ttrace on standard error: heap, expand, search, match, rx, run,",
-    "\t\toutput or all, with levels (heap=2); -V x explains them",
+    "\t\tfix, output or all, with levels (heap=2); -V x explains them",
     "-x, --help\tdisplay this explanation",
     "--version\tdisplay the version",
     "",

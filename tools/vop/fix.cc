@@ -3,6 +3,7 @@
 
 #include "shared/new_file.h"
 #include "shared/options.h"
+#include "shared/trace.h"
 
 #include <errno.h>
 #include <stdio.h>
@@ -17,6 +18,8 @@
 #include <unistd.h>
 
 namespace {
+
+TOOL_TRACE(fix, "each dictionary and each file, and what came of it")
 
 constexpr const char *explanation[] = {
     "Writes files with their references to the dictionary replaced.",
@@ -64,11 +67,25 @@ void define(const char *definition) {
     free(name.buffer);
 }
 
+int read_dictionary(const char *path) {
+    int status = sfdict(path);
+    if (ddt_trace(&trace_fix, 1, 1))
+        eprintf("%s: dictionary, status %d\n", path, status);
+    return status;
+}
+
+int fix_file(const char *path) {
+    int status = sfixfile(path, 0);
+    if (ddt_trace(&trace_fix, 1, 1))
+        eprintf("%s: %d lines, status %d\n", path, sfixfile_lc, status);
+    return status;
+}
+
 int fix_files(char **files) {
     int status = 0;
     setsfwrite(write_line);
     for (; *files != nullptr; files++)
-        status |= sfixfile(*files, 0);
+        status |= fix_file(*files);
     return status;
 }
 
@@ -102,7 +119,7 @@ int run(char **arguments) {
     int status = 0;
     tools::options flags = tools::options_of(arguments);
     while (int flag = tools::next_flag(&flags, "d:D:unto:", nullptr)) {
-        if (flag == 'd') status |= sfdict(flags.value);
+        if (flag == 'd') status |= read_dictionary(flags.value);
         if (flag == 'D') define(flags.value);
         if (flag == 'u') wanted |= trace_names;
         if (flag == 'n') wanted |= write_nothing;
