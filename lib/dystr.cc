@@ -7,6 +7,7 @@
 
 #include "chkalloc.h"
 #include "ident.h"
+#include "private_copy.h"
 #include "private_room.h"
 
 #include <stdint.h>
@@ -17,29 +18,11 @@ namespace {
 
 constexpr int default_size = 16;
 constexpr int string_marker = 1;  // arrays have 0 in the same place
-constexpr size_t short_run = 16;  // copied without a call
 
 char *start_empty(dy *string, int size) {
     string->capacity = size;
     string->buffer = static_cast<char *>(chkalloc(static_cast<size_t>(size)));
     return string->buffer;
-}
-
-// A short run as two loads and two stores that may overlap: a call would cost
-// more than the copy.
-[[gnu::always_inline]] inline void copy_short(char *to, const char *from,
-                                              size_t n) {
-    if (n >= 8) {
-        memcpy(to, from, 8);
-        memcpy(to + n - 8, from + n - 8, 8);
-    } else if (n >= 4) {
-        memcpy(to, from, 4);
-        memcpy(to + n - 4, from + n - 4, 4);
-    } else if (n > 0) {
-        to[0] = from[0];
-        to[n / 2] = from[n / 2];
-        to[n - 1] = from[n - 1];
-    }
 }
 
 bool has_room(const dy *string, size_t n) {
@@ -63,11 +46,11 @@ char *terminate(dy *string, size_t length) {
 // Calls nothing but as its last step, so that no register has to be saved.
 [[gnu::always_inline]] inline char *append(dy *string, const char *bytes,
                                            size_t n) {
-    if (n > short_run || !has_room(string, n))
+    if (n > tovan::short_run || !has_room(string, n))
         return append_any(string, bytes, n);
     auto length = static_cast<size_t>(string->length);
     char *buffer = string->buffer;
-    copy_short(buffer + length, bytes, n);
+    tovan::copy_short(buffer + length, bytes, n);
     string->length = static_cast<int>(length + n);
     buffer[length + n] = '\0';
     return buffer;

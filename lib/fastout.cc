@@ -4,6 +4,7 @@
 #include "chkalloc.h"
 #include "errexit.h"
 #include "ident.h"
+#include "private_copy.h"
 #include "private_io.h"
 
 #include <stdarg.h>
@@ -27,43 +28,38 @@ enum item : int {
     item_decimal,
 };
 
-struct digit_pair {
-    char text[2];
-};
+// All pairs of digits, "00" first.
+template <int base>
+struct digit_pairs {
+    char pairs[base * base][2];
 
-consteval digit_pair pair_of(int number) {
-    return {{static_cast<char>('0' + number / 10),
-             static_cast<char>('0' + number % 10)}};
-}
-
-// "00" to "99".
-struct pair_table {
-    digit_pair pairs[100];
-
-    consteval pair_table() : pairs{} {
-        for (int i = 0; i < 100; i++)
-            pairs[i] = pair_of(i);
+    consteval digit_pairs() : pairs{} {
+        for (int i = 0; i < base * base; i++) {
+            pairs[i][0] = static_cast<char>('0' + i / base);
+            pairs[i][1] = static_cast<char>('0' + i % base);
+        }
     }
 };
-constexpr pair_table two_digits{};
+constexpr digit_pairs<10> decimal{};
+constexpr digit_pairs<8> octal{};
 
 constexpr uint32_t powers[] = {
     1, 10, 100, 1000, 10000, 100000, 1000000, 10000000, 100000000, 1000000000};
 
 // log10(2) is a little more than 1233 / 4096.
 unsigned decimal_digits(uint32_t number) {
-    unsigned guess =
-        static_cast<unsigned>(std::bit_width(number | 1)) * 1233 >> 12;
+    number |= 1;
+    unsigned guess = static_cast<unsigned>(std::bit_width(number)) * 1233 >> 12;
     return guess + (number >= powers[guess]);
 }
 
 char *put_unsigned(char *to, uint32_t number) {
-    char *end = to + (number == 0 ? 1 : decimal_digits(number));
+    char *end = to + decimal_digits(number);
     char *at = end;
     for (; number >= 100; number /= 100)
-        memcpy(at -= 2, two_digits.pairs[number % 100].text, 2);
+        memcpy(at -= 2, decimal.pairs[number % 100], 2);
     if (number >= 10)
-        memcpy(at - 2, two_digits.pairs[number].text, 2);
+        memcpy(at - 2, decimal.pairs[number], 2);
     else
         at[-1] = static_cast<char>('0' + number);
     return end;
@@ -81,37 +77,54 @@ char *put_decimal(char *to, int number) {
 char *put_octal(char *to, uint32_t number) {
     char *end = to + (std::bit_width(number | 1) + 2) / 3;
     char *at = end;
-    do {
-        *--at = static_cast<char>('0' + (number & 7));
-        number >>= 3;
-    } while (at > to);
+    for (; number >= 64; number /= 64)
+        memcpy(at -= 2, octal.pairs[number % 64], 2);
+    if (number >= 8)
+        memcpy(at - 2, octal.pairs[number], 2);
+    else
+        at[-1] = static_cast<char>('0' + number);
     return end;
 }
 
-// A block that nobody can be told of is dropped: the record neither fills up
-// nor tries the same bytes for ever.
-void write_block(fo *out) {
-    if (fo_write(out, block_size) == 0) return;
-    out->count -= block_size;
-    memmove(out->buffer, out->buffer + block_size,
-            static_cast<size_t>(out->count));
+// Where the next item goes.
+char *next_place(fo *out) {
+    return out->buffer + out->count;
 }
 
-void put_bytes(fo *out, const char *bytes, size_t n) {
+// Writes a block out. One that nobody can be told of is dropped: the record
+// neither fills up nor tries the same bytes for ever.
+//   end       of what was put into the buffer
+//   result    the next place
+[[gnu::noinline]] char *write_block(fo *out, const char *end) {
+    out->count = static_cast<int>(end - out->buffer);
+    if (fo_write(out, block_size) != 0) {
+        out->count -= block_size;
+        memmove(out->buffer, out->buffer + block_size,
+                static_cast<size_t>(out->count));
+    }
+    return next_place(out);
+}
+
+// Puts bytes that reach the end of the block.
+[[gnu::noinline]] char *put_long(fo *out, char *to, const char *bytes,
+                                 size_t n) {
     while (n > 0) {
-        size_t room = static_cast<size_t>(block_size - out->count);
+        auto room = static_cast<size_t>(out->buffer + block_size - to);
         size_t piece = n < room ? n : room;
-        memcpy(out->buffer + out->count, bytes, piece);
-        out->count += static_cast<int>(piece);
-        if (out->count == block_size) write_block(out);
+        memcpy(to, bytes, piece);
+        to += piece;
+        if (piece == room) to = write_block(out, to);
         bytes += piece;
         n -= piece;
     }
+    return to;
 }
 
-void end_item(fo *out, const char *end) {
-    out->count = static_cast<int>(end - out->buffer);
-    if (out->count >= block_size) write_block(out);
+char *put_bytes(fo *out, char *to, const char *bytes, size_t n) {
+    auto room = static_cast<size_t>(out->buffer + block_size - to);
+    if (n > tovan::short_run || n >= room) return put_long(out, to, bytes, n);
+    tovan::copy_short(to, bytes, n);
+    return to + n;
 }
 
 }  // namespace
@@ -139,41 +152,46 @@ int fo_flush(fo *out) {
     return fo_write(out, out->count);
 }
 
-// One interpreter loop over the items.
+// One interpreter loop over the items. What is collected is counted at its
+// end, and where somebody looks at it before.
 int fo_put(fo *out, ...) {
     if (out->descriptor == -1) return 0;
+    char *to = next_place(out);
+    const char *block_end = out->buffer + block_size;
     va_list items;
     va_start(items, out);
     while (int code = va_arg(items, int)) {
-        char *to = out->buffer + out->count;
         switch (code) {
             case item_string: {
                 const char *text = va_arg(items, const char *);
-                put_bytes(out, text, strlen(text));
+                to = put_bytes(out, to, text, strlen(text));
                 break;
             }
             case item_character:
-                *to = static_cast<char>(va_arg(items, int));
-                end_item(out, to + 1);
+                *to++ = static_cast<char>(va_arg(items, int));
                 break;
             case item_octal:
             case item_octal_too:
-                end_item(out, put_octal(to, va_arg(items, unsigned)));
+                to = put_octal(to, va_arg(items, unsigned));
                 break;
             case item_bytes: {
                 const char *bytes = va_arg(items, const char *);
                 int n = va_arg(items, int);
-                if (n > 0) put_bytes(out, bytes, static_cast<size_t>(n));
+                if (n > 0)
+                    to = put_bytes(out, to, bytes, static_cast<size_t>(n));
                 break;
             }
             case item_decimal:
-                end_item(out, put_decimal(to, va_arg(items, int)));
+                to = put_decimal(to, va_arg(items, int));
                 break;
             default:
+                out->count = static_cast<int>(to - out->buffer);
                 errexit("Logic error, fo_put op %d invalid", code);
         }
+        if (to >= block_end) to = write_block(out, to);
     }
     va_end(items);
+    out->count = static_cast<int>(to - out->buffer);
     return 0;
 }
 
