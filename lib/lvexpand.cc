@@ -21,9 +21,9 @@
 #include "dystr.h"
 #include "ident.h"
 #include "istype.h"
-#include "lvget.h"
 #include "private_istype.h"
 #include "private_lvexpand.h"
+#include "private_lvget.h"
 #include "strutil.h"
 
 #include <stdlib.h>
@@ -56,8 +56,6 @@ struct expansion {
     dyd waiting;  // the stretches around `now`, outermost first
     tovan::bracket_map brackets;
 };
-
-constexpr size_t usual_name_size = 64;  // names that need no block
 
 stretch *stretches(expansion *e) {
     return static_cast<stretch *>(e->waiting.data);
@@ -104,8 +102,8 @@ void run_call(char *text, dy *output) {
     lverror("unsupported kivs function `%s'", call);
 }
 
-void add_value(const char *name, dy *output) {
-    const char *value = lvvar(name);
+void add_value(const char *name, size_t length, dy *output) {
+    const char *value = tovan::variable_value(name, length);
     if (value != nullptr) dystr(output, value);
 }
 
@@ -116,7 +114,7 @@ void trim_end(const stretch *done) {
            in_class(output->buffer[length - 1], class_line_space)) {
         length--;
     }
-    dytruncate(output, length);
+    if (length < output->length) dytruncate(output, length);
 }
 
 // Ends the stretch that was read to its end.
@@ -129,8 +127,10 @@ bool leave(expansion *e) {
     if (done.kind == text_kind::call) {
         run_call(done.output->buffer, e->now.output);
     } else {
+        const dy *name = done.output;
         dyaddc(done.output, ']');
-        add_value(done.output->buffer, e->now.output);
+        add_value(name->buffer, static_cast<size_t>(name->length),
+                  e->now.output);
     }
     dyfree(done.output);
     return true;
@@ -144,46 +144,48 @@ bool is_marker(const char *name, size_t length) {
 
 void add_variable(const char *name, const char *end, dy *output) {
     auto length = static_cast<size_t>(end - name);
-    if (is_marker(name, length)) {
+    if (is_marker(name, length))
         dystr(output, "@NotSet");
-    } else if (length < usual_name_size) {
-        char usual_name[usual_name_size];
-        memcpy(usual_name, name, length);
-        usual_name[length] = '\0';
-        add_value(usual_name, output);
-    } else {
-        dy *long_name = dyalloc();
-        add_value(dyspan(long_name, name, end), output);
-        dyfree(long_name);
-    }
+    else
+        add_value(name, length, output);
 }
 
-void read_variable(expansion *e, const char *name) {
+const char *end_of_name(const stretch *now, const char *name) {
     const char *end = name + 1;
-    while (end < e->now.end && in_class(*end, class_name))
+    while (end < now->end && in_class(*end, class_name))
         end++;
-    if (end < e->now.end && *end == '[') {
-        enter_subscript(e, name, end + 1);
-        return;
-    }
-    e->now.next = end;
-    add_variable(name, end, e->now.output);
+    return end;
 }
 
-// Reads what an "@" introduces.
-void read_reference(expansion *e, const char *behind) {
-    stretch *now = &e->now;
+// Reads the reference at an "@", unless it opens a bracket.
+//   result    false: it does, and nothing was read
+bool read_simple_reference(stretch *now) {
+    const char *behind = now->next + 1;
     if (behind == now->end) {
         now->next = behind;
         dyaddc(now->output, '@');
-    } else if (*behind == '(') {
-        enter_call(e, behind + 1);
-    } else if (in_class(*behind, class_name_start)) {
-        read_variable(e, behind);
-    } else {
+        return true;
+    }
+    if (*behind == '(') return false;
+    if (!in_class(*behind, class_name_start)) {
         now->next = behind + 1;
         if (*behind != '0') dyaddc(now->output, *behind);
+        return true;
     }
+    const char *end = end_of_name(now, behind);
+    if (end < now->end && *end == '[') return false;
+    now->next = end;
+    add_variable(behind, end, now->output);
+    return true;
+}
+
+// Reads the bracket that the reference at an "@" opens.
+void read_bracket(expansion *e) {
+    const char *behind = e->now.next + 1;
+    if (*behind == '(')
+        enter_call(e, behind + 1);
+    else
+        enter_subscript(e, behind, end_of_name(&e->now, behind) + 1);
 }
 
 void add_plain(const stretch *now, const char *end) {
@@ -195,22 +197,25 @@ void add_plain(const stretch *now, const char *end) {
     dyspan(now->output, from, end);
 }
 
-// Reads the text up to the next reference, and the reference.
-void read_on(expansion *e) {
-    stretch *now = &e->now;
-    auto length = static_cast<size_t>(now->end - now->next);
-    auto *at = static_cast<const char *>(memchr(now->next, '@', length));
-    const char *plain_end = at != nullptr ? at : now->end;
-    if (now->next < plain_end) add_plain(now, plain_end);
-    now->next = plain_end;
-    if (at != nullptr) read_reference(e, at + 1);
+// Reads a stretch up to the next bracket that opens.
+//   result    false: there is none
+bool read_to_bracket(stretch *now) {
+    while (now->next < now->end) {
+        auto length = static_cast<size_t>(now->end - now->next);
+        auto *at = static_cast<const char *>(memchr(now->next, '@', length));
+        const char *plain_end = at != nullptr ? at : now->end;
+        add_plain(now, plain_end);
+        now->next = plain_end;
+        if (at != nullptr && !read_simple_reference(now)) return true;
+    }
+    return false;
 }
 
 // Does one step.
 //   result    false when the outermost stretch has ended
 bool advance(expansion *e) {
-    if (e->now.next == e->now.end) return leave(e);
-    read_on(e);
+    if (!read_to_bracket(&e->now)) return leave(e);
+    read_bracket(e);
     return true;
 }
 
@@ -219,14 +224,31 @@ void release(const expansion *e) {
     free(e->brackets.list.data);
 }
 
-// Appends the expansion of a text.
-char *expand(const char *text, dy *output) {
+// Expands a text from its first bracket on.
+[[gnu::noinline]] void expand_brackets(const stretch *whole) {
     expansion e{};
-    e.now = {text, text + strlen(text), output, output->length,
-             text_kind::whole};
+    e.now = *whole;
+    read_bracket(&e);
     while (advance(&e)) {
     }
     release(&e);
+}
+
+// Appends the expansion of a text. Most texts open no bracket.
+char *expand(const char *text, dy *output) {
+    stretch whole = {text, text + strlen(text), output, output->length,
+                     text_kind::whole};
+    if (read_to_bracket(&whole))
+        expand_brackets(&whole);
+    else
+        trim_end(&whole);
+    return output->buffer;
+}
+
+[[gnu::noinline]] char *expand_copy(const char *text, dy *output) {
+    char *copy = savestr(text);
+    expand(copy, output);
+    free(copy);
     return output->buffer;
 }
 
@@ -237,13 +259,9 @@ char *lvexpand(const char *text, dy *output, const char *file, int line) {
     curln = line;
     // Chosen: a copy is made only of a text that the appending would move;
     // nothing else that runs can change the caller's text.
-    if (text < output->buffer || text >= output->buffer + output->capacity) {
-        return expand(text, output);
-    }
-    char *copy = savestr(text);
-    expand(copy, output);
-    free(copy);
-    return output->buffer;
+    bool is_own =
+        text >= output->buffer && text < output->buffer + output->capacity;
+    return is_own ? expand_copy(text, output) : expand(text, output);
 }
 
 char *varexpand(char *text, dy *output) {

@@ -105,8 +105,8 @@ void tovan::index_subscripts(variable_heap *heap, const found_subscript *found,
 }
 
 const tovan::heap_entry *tovan::find_entry(const variable_heap *heap,
-                                           const char *name) {
-    size_t length = strlen(name);
+                                           const char *name,
+                                           size_t length) {
     auto is_equal = [=](const hash_slot *slot) {
         return has_name(heap, slot->at, name, length);
     };

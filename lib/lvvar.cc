@@ -19,8 +19,8 @@ namespace {
 // which releases it.
 constinit variable_heap heap{};
 
-const heap_entry *find_variable(const char *name) {
-    return tovan::find_entry(tovan::loaded_variables("lvvar"), name);
+const heap_entry *find_variable(const char *name, size_t length) {
+    return tovan::find_entry(tovan::loaded_variables("lvvar"), name, length);
 }
 
 }  // namespace
@@ -36,13 +36,17 @@ const variable_heap *tovan::loaded_variables(const char *caller) {
     return &heap;
 }
 
+const char *tovan::variable_value(const char *name, size_t length) {
+    const heap_entry *entry = find_variable(name, length);
+    return entry != nullptr ? entry_value(entry) : nullptr;
+}
+
 const char *lvvar(const char *name) {
-    const heap_entry *entry = find_variable(name);
-    return entry != nullptr ? tovan::entry_value(entry) : nullptr;
+    return tovan::variable_value(name, strlen(name));
 }
 
 const char *lvvar_f(const char *name, int *flags) {
-    const heap_entry *entry = find_variable(name);
+    const heap_entry *entry = find_variable(name, strlen(name));
     if (entry == nullptr) return nullptr;
     *flags = tovan::entry_flags(entry);
     return tovan::entry_value(entry);

@@ -5,6 +5,8 @@
 
 #include "private_lvheap.h"
 
+#include <stddef.h>
+
 namespace [[gnu::visibility("hidden")]] tovan {
 
 // The heap of the build tree's variables, loaded or not. Only lvget changes
@@ -14,6 +16,9 @@ variable_heap *variables();
 // The same, loaded.
 //   fails     "LOGIC ERROR: %s() called before lvget()" with the caller
 const variable_heap *loaded_variables(const char *caller);
+
+// As lvvar(), of a name that other text may follow.
+const char *variable_value(const char *name, size_t length);
 
 // The command of the last lvpipe() with a "<" before it: the heap's name in
 // messages.

@@ -14,6 +14,7 @@
 
 #include <stddef.h>
 #include <stdint.h>
+#include <string.h>
 
 namespace [[gnu::visibility("hidden")]] tovan {
 
@@ -64,7 +65,13 @@ inline bool is_loaded(const variable_heap *heap) {
 }
 
 // The entry that a walk of the name's own chain meets first; null when none.
-const heap_entry *find_entry(const variable_heap *heap, const char *name);
+const heap_entry *find_entry(const variable_heap *heap, const char *name,
+                             size_t length);
+
+inline const heap_entry *find_entry(const variable_heap *heap,
+                                    const char *name) {
+    return find_entry(heap, name, strlen(name));
+}
 
 // The names with a subscript whose text before the first "[" has these bytes,
 // in the order of a scan; the list may hold others, which the caller's own
