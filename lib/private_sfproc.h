@@ -5,6 +5,9 @@
 
 #include "dystr.h"
 
+#include <stddef.h>
+#include <string.h>
+
 namespace [[gnu::visibility("hidden")]] tovan {
 
 // Bits of sf_uflag.
@@ -17,10 +20,18 @@ struct sf_span {
     const char *end;
 };
 
+// The first "@" of a text; null when there is none.
+inline const char *find_at_sign(sf_span text) {
+    auto length = static_cast<size_t>(text.end - text.start);
+    return static_cast<const char *>(memchr(text.start, '@', length));
+}
+
 // Appends a text with its references replaced, as sf_proc() does.
 //   text      *text.end is NUL; NULs before it are copied
+//   at_sign   the first "@" of the text; null when there is none
 //   result    whether every reference was sound
-bool substitute(sf_span text, dy *output, const char *where, int line);
+bool substitute(sf_span text, const char *at_sign, dy *output,
+                const char *where, int line);
 
 // Appends the words of a text. A run of separators is one; before the first
 // word and behind the last it counts too.

@@ -15,6 +15,7 @@ namespace [[gnu::visibility("hidden")]] tovan {
 struct sf_text {
     char *start;
     char *end;
+    const char *at_sign;  // the first one; null when there is none
 };
 
 // A block of a file. What has not been handed out lies from `next` to `end`.
@@ -26,6 +27,8 @@ struct sf_window {
     size_t size;  // one byte less than the block has
     char *next;
     char *end;
+    char *at_sign;  // the first one from `next` on, or `end`; below `next`
+                    // when it was not looked for yet
 };
 
 // Turns to the start of another file; the block is kept for its room.

@@ -91,7 +91,7 @@ bool join_next_line(FILE *file) {
 // Resolves backslashes, joins lines, cuts the comment off.
 //   result    false: the file ended where a line was to be joined
 bool clean_text(FILE *file) {
-    char *to = text.buffer;
+    char *to = text.buffer + strcspn(text.buffer, "\\#");
     const char *from = to;
     while (*from != '\0' && *from != '#') {
         if (*from == '\\' && from[1] == '\0') {
@@ -121,7 +121,8 @@ char *take_word(char **rest) {
 // The operation of a word; -1 when it is none.
 int operation_of(const char *word) {
     for (const operation_word &known : operation_words) {
-        if (strcmp(known.word, word) == 0) return known.operation;
+        if (*known.word == *word && strcmp(known.word, word) == 0)
+            return known.operation;
     }
     return -1;
 }

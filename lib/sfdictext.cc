@@ -87,9 +87,10 @@ void sf_dictext(const char *name, const char *value, const char *where,
                 int line, int operation) {
     if (value == nullptr && operation == tovan::sf_set)
         operation = tovan::sf_unset;
+    size_t length = strlen(name);
+    tovan::expect_term(name, length);
     const dy *text =
         operation == tovan::sf_unset ? nullptr : expanded(value, where, line);
-    size_t length = strlen(name);
     sf_term *term = tovan::find_term(name, length);
     if (term != nullptr) return alter(term, operation, text, where, line);
     if (text == nullptr || is_not_set(text)) return;

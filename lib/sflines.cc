@@ -43,8 +43,7 @@ struct fixed_file {
     int check;
     int status;
     bool has_ended;
-    sf_text line;      // the one read last
-    bool has_at_sign;  // in that line
+    sf_text line;  // the one read last
     sf_window window;
     dy stdin_line;
     dy expansion;
@@ -77,11 +76,12 @@ const char *over_blanks(const char *next) {
     return next;
 }
 
-// Expands the line from `start` on.
-void expand_from(const char *start) {
+// Expands the line from `start` on; `at_sign` is the first one there, or null.
+void expand_from(const char *start, const char *at_sign) {
     dyreuse(&file.expansion, 0);
     sf_span text{start, file.line.end};
-    if (tovan::substitute(text, &file.expansion, sfixfile_file, sfixfile_lc))
+    if (tovan::substitute(text, at_sign, &file.expansion, sfixfile_file,
+                          sfixfile_lc))
         return;
     file.status |= 1;
     if (file.check == 0) return;
@@ -91,7 +91,8 @@ void expand_from(const char *start) {
 }
 
 void expand_operand(const char *start) {
-    expand_from(over_blanks(start));
+    start = over_blanks(start);
+    expand_from(start, tovan::find_at_sign({start, file.line.end}));
     tovan::trim(file.expansion.buffer);
     dytruncate(&file.expansion,
                static_cast<int>(strlen(file.expansion.buffer)));
@@ -99,14 +100,16 @@ void expand_operand(const char *start) {
 
 bool is_end_mark() {
     constexpr size_t length = sizeof end_mark - 1;
-    return file.line.end == file.line.start + length &&
+    return file.line.at_sign == file.line.start &&
+           file.line.end == file.line.start + length &&
            memcmp(file.line.start, end_mark, length) == 0;
 }
 
 bool read_stdin_line() {
     char *start = getdyline(file.stream, &file.stdin_line, 0);
     if (start == nullptr) return false;
-    file.line = {start, start + file.stdin_line.length};
+    char *end = start + file.stdin_line.length;
+    file.line = {start, end, tovan::find_at_sign({start, end})};
     return true;
 }
 
@@ -140,12 +143,9 @@ void tovan::open_fixed(const char *path, int check) {
 sf_line tovan::read_line() {
     if (!fetch_line()) return line_end;
     sfixfile_lc = tovan::line_after(sfixfile_lc);
-    sf_text line = file.line;
-    const void *at =
-        memchr(line.start, '@', static_cast<size_t>(line.end - line.start));
-    file.has_at_sign = at != nullptr;
-    if (at == nullptr || over_blanks(line.start) != at) return line_text;
-    const char *sign = static_cast<const char *>(at);
+    const char *sign = file.line.at_sign;
+    if (sign == nullptr || over_blanks(file.line.start) != sign)
+        return line_text;
     sf_line type = type_of(sign[1]);
     if (type != line_text) expand_operand(sign + 2);
     return type;
@@ -159,11 +159,11 @@ tovan::sf_output tovan::expand_line(int64_t tabs) {
     sf_text line = file.line;
     for (; tabs > 0 && *line.start == '\t'; --tabs)
         ++line.start;
-    if (!file.has_at_sign) {
+    if (line.at_sign == nullptr) {
         *line.end = '\n';
         return {line.start, static_cast<int>(line.end - line.start) + 1};
     }
-    expand_from(line.start);
+    expand_from(line.start, line.at_sign);
     dyaddc(&file.expansion, '\n');
     return {file.expansion.buffer, file.expansion.length};
 }

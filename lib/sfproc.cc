@@ -198,20 +198,19 @@ const char *replace_reference(expansion *each, const char *name) {
 
 }  // namespace
 
-bool tovan::substitute(sf_span text, dy *output, const char *where, int line) {
+bool tovan::substitute(sf_span text, const char *at_sign, dy *output,
+                       const char *where, int line) {
     expansion each{output, text.end, where, line, true};
     const char *next = text.start;
-    while (true) {
-        auto rest = static_cast<size_t>(text.end - next);
-        const auto *at = static_cast<const char *>(memchr(next, '@', rest));
-        if (at == nullptr) break;
-        if (starts_name(at[1])) {
-            dyspan(output, next, at);
-            next = replace_reference(&each, at + 1);
+    while (at_sign != nullptr) {
+        if (starts_name(at_sign[1])) {
+            dyspan(output, next, at_sign);
+            next = replace_reference(&each, at_sign + 1);
         } else {
-            dyspan(output, next, at + 1);
-            next = at[1] == '@' ? at + 2 : at + 1;
+            dyspan(output, next, at_sign + 1);
+            next = at_sign + (at_sign[1] == '@' ? 2 : 1);
         }
+        at_sign = find_at_sign({next, text.end});
     }
     dyspan(output, next, text.end);
     return each.is_sound;
@@ -220,7 +219,9 @@ bool tovan::substitute(sf_span text, dy *output, const char *where, int line) {
 char *sf_proc(const char *text, dy *output, int reset, int *had_error,
               const char *where, int line) {
     if (reset != 0) dyreuse(output, 0);
-    bool is_sound = tovan::substitute(span_of(text), output, where, line);
+    sf_span whole = span_of(text);
+    bool is_sound = tovan::substitute(whole, tovan::find_at_sign(whole), output,
+                                      where, line);
     if (had_error != nullptr) *had_error = is_sound ? 0 : 1;
     return output->buffer;
 }

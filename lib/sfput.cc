@@ -43,7 +43,7 @@ char *convert_sequence(char *next, const char *end, char *result) {
 
 // Converts what follows the first tilde, in place.
 //   result    the new end
-char *convert_tildes(char *first, const char *end) {
+char *convert_from(char *first, const char *end) {
     char *to = first;
     for (char *from = first; from < end; ++to) {
         if (*from == '~')
@@ -54,17 +54,20 @@ char *convert_tildes(char *first, const char *end) {
     return to;
 }
 
+// Converts a text, in place.
+//   result    the new length
+[[gnu::noinline]] int convert_tildes(char *text, int length) {
+    if (length < 2) return length;
+    void *first = memchr(text, '~', static_cast<size_t>(length));
+    if (first == nullptr) return length;
+    char *end = convert_from(static_cast<char *>(first), text + length);
+    return static_cast<int>(end - text);
+}
+
 }  // namespace
 
 void sfput(char *text, int length, int convert) {
-    if (convert != 0 && converts_tildes && length >= 2) {
-        void *first = memchr(text, '~', static_cast<size_t>(length));
-        if (first != nullptr) {
-            char *end =
-                convert_tildes(static_cast<char *>(first), text + length);
-            length = static_cast<int>(end - text);
-        }
-    }
+    if (convert != 0 && converts_tildes) length = convert_tildes(text, length);
     write_text(text, length);
 }
 

@@ -22,7 +22,7 @@ constexpr int line_number_width = 8;  // ":000000:"
 int by_name(const void *a, const void *b) {
     const sf_term *const *first = static_cast<const sf_term *const *>(a);
     const sf_term *const *second = static_cast<const sf_term *const *>(b);
-    return strcmp((*first)->name, (*second)->name);
+    return strcmp(tovan::name_of(*first), tovan::name_of(*second));
 }
 
 void put(const char *text) {
@@ -76,7 +76,7 @@ void put_term(const sf_term *term, bool with_places) {
         column += static_cast<int64_t>(strlen(term->where)) + line_number_width;
     }
     column = rounded_to_tab(column);
-    put(term->name);
+    put(tovan::name_of(term));
     put("\t");
     if (!with_places && term->name_length < tab_stop) {
         put("\t");

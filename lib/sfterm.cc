@@ -6,9 +6,11 @@
 #include "private_sfterm.h"
 
 #include "chkalloc.h"
+#include "errexit.h"
 #include "ident.h"
 #include "private_hash.h"
 
+#include <limits.h>
 #include <stdlib.h>
 #include <string.h>
 
@@ -30,7 +32,7 @@ struct dictionary {
 };
 constinit dictionary dict{};
 
-// The slot where the search for a place ends: its own, for a term's.
+// The slot of a term's place.
 hash_slot *slot_of(uint32_t tag, size_t place) {
     auto is_own = [place](const hash_slot *slot) {
         return slot->at == place + 1;
@@ -38,19 +40,24 @@ hash_slot *slot_of(uint32_t tag, size_t place) {
     return search(&dict.places, tag, is_own);
 }
 
-void enter_term(size_t place) {
-    uint32_t tag = dict.terms[place].tag;
-    *slot_of(tag, place) = {tag, static_cast<uint32_t>(place + 1)};
+// Fills the first free slot of a tag.
+void fill_slot(hash_slot filled) {
+    auto is_taken = [](const hash_slot *) { return false; };
+    *search(&dict.places, filled.tag, is_taken) = filled;
 }
 
+// The slots of the old table come in the order of their tags, and so they go
+// to the new one: both are walked from end to end, and no term is looked at.
 void grow() {
     dict.capacity = dict.capacity == 0 ? first_capacity : dict.capacity * 2;
     dict.terms = static_cast<sf_term *>(
         chkrealloc(dict.terms, dict.capacity * sizeof(sf_term)));
-    free(dict.places.slots);
+    hash_table old = dict.places;
     dict.places = tovan::new_hash_table(dict.capacity);
-    for (size_t place = 0; place < dict.count; ++place)
-        enter_term(place);
+    for (size_t i = 0; old.slots != nullptr && i <= old.mask; ++i) {
+        if (old.slots[i].at != 0) fill_slot(old.slots[i]);
+    }
+    free(old.slots);
 }
 
 // Frees a slot: those behind it that searches would no longer reach move up.
@@ -77,12 +84,18 @@ tovan::sf_terms tovan::all_terms() {
     return {dict.terms, dict.count};
 }
 
+void tovan::expect_term(const char *name, size_t length) {
+    if (dict.count == 0) return;
+    uint32_t place = text_tag(name, length) >> dict.places.shift;
+    __builtin_prefetch(&dict.places.slots[place]);
+}
+
 sf_term *tovan::find_term(const char *name, size_t length) {
     if (dict.count == 0) return nullptr;
     auto is_equal = [name, length](const hash_slot *slot) {
         const sf_term *term = &dict.terms[slot->at - 1];
         return term->name_length == length &&
-               same_text(term->name, name, length);
+               same_text(name_of(term), name, length);
     };
     const hash_slot *slot =
         search(&dict.places, text_tag(name, length), is_equal);
@@ -91,22 +104,26 @@ sf_term *tovan::find_term(const char *name, size_t length) {
 
 void tovan::add_term(const char *name, size_t length, const dy *value,
                      const char *where, int line) {
+    if (length > INT_MAX) nocore();
     if (dict.count == dict.capacity) grow();
     sf_term *term = &dict.terms[dict.count];
-    term->name = savenstr(name, length);
-    term->name_length = length;
+    term->name_length = static_cast<uint32_t>(length);
+    if (has_short_name(term))
+        memcpy(term->short_name, name, length + 1);
+    else
+        term->long_name = savenstr(name, length);
     term->tag = text_tag(name, length);
     term->where = where;
     term->line = line;
     dynew(&term->value, value->length + 1);
     dynstr(&term->value, value->buffer, value->length);
-    enter_term(dict.count++);
+    fill_slot({term->tag, static_cast<uint32_t>(++dict.count)});
 }
 
 void tovan::remove_term(sf_term *term) {
     auto place = static_cast<size_t>(term - dict.terms);
     free_slot(slot_of(term->tag, place));
-    free(term->name);
+    if (!has_short_name(term)) free(term->long_name);
     free(term->value.buffer);
     size_t last = --dict.count;
     if (place == last) return;

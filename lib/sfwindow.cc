@@ -30,6 +30,7 @@ void make_room(sf_window *window) {
     }
     window->next = window->block;
     window->end = window->block + kept;
+    window->at_sign = nullptr;
 }
 
 // Reads what is there behind the unfinished line.
@@ -42,33 +43,52 @@ void read_on(sf_window *window) {
     if (count > 0) window->end += count;
 }
 
-// The next newline; null when the file ends before one.
-char *find_newline(sf_window *window) {
-    size_t searched = 0;
-    while (true) {
-        auto rest = static_cast<size_t>(window->end - window->next);
-        if (searched < rest) {
-            char *unsearched = window->next + searched;
-            void *found = memchr(unsearched, '\n', rest - searched);
-            if (found != nullptr) return static_cast<char *>(found);
-        }
-        if (window->has_ended) return nullptr;
-        searched = rest;
+char *find_in(char *start, const char *end, char character) {
+    if (start == end) return nullptr;
+    auto length = static_cast<size_t>(end - start);
+    return static_cast<char *>(memchr(start, character, length));
+}
+
+// The next newline when there is none in the block; null when the file ends
+// before one.
+[[gnu::noinline]] char *read_newline(sf_window *window) {
+    while (!window->has_ended) {
+        auto searched = window->end - window->next;
         read_on(window);
+        char *found = find_in(window->next + searched, window->end, '\n');
+        if (found != nullptr) return found;
     }
+    return nullptr;
 }
 
-void drop_last(sf_text *line, char character) {
-    if (line->start < line->end && line->end[-1] == character) --line->end;
+char *without_last(char *start, char *end, char character) {
+    return start < end && end[-1] == character ? end - 1 : end;
 }
 
-// The last line, which has no newline.
-//   result    false: there is nothing on it
-bool take_rest(sf_window *window, sf_text *line) {
-    *line = {window->next, window->end};
+// Takes a line out of the window that ends at a newline, or where the file
+// ends: there a control-Z does not count.
+//   result    the line's end; null when there is no line
+char *take_line(sf_window *window, char *newline) {
+    if (newline != nullptr) {
+        window->next = newline + 1;
+        return newline;
+    }
+    char *start = window->next;
     window->next = window->end;
-    drop_last(line, control_z);
-    return line->start < line->end;
+    char *end = without_last(start, window->end, control_z);
+    return start < end ? end : nullptr;
+}
+
+// The first "@" of a line; null when there is none. Most lines have none: the
+// search goes on behind their ends, and what it finds serves them all.
+const char *find_at_sign(sf_window *window, char *start, const char *end) {
+    char *sign = window->at_sign;
+    if (sign < start) {
+        sign = find_in(start, window->end, '@');
+        if (sign == nullptr) sign = window->end;
+        window->at_sign = sign;
+    }
+    return sign < end ? sign : nullptr;
 }
 
 }  // namespace
@@ -79,19 +99,19 @@ void tovan::open_window(sf_window *window, int descriptor) {
     window->has_failed = false;
     window->next = window->block;
     window->end = window->block;
+    window->at_sign = nullptr;
 }
 
 bool tovan::next_line(sf_window *window, sf_text *line) {
-    char *newline = find_newline(window);
-    if (newline != nullptr) {
-        *line = {window->next, newline};
-        window->next = newline + 1;
-    } else if (!take_rest(window, line)) {
-        return false;
-    }
-    if (line->end - line->start >= INT_MAX) nocore();
-    drop_last(line, '\r');
-    *line->end = '\0';
+    char *newline = find_in(window->next, window->end, '\n');
+    if (newline == nullptr) newline = read_newline(window);
+    char *start = window->next;
+    char *end = take_line(window, newline);
+    if (end == nullptr) return false;
+    if (end - start >= INT_MAX) nocore();
+    end = without_last(start, end, '\r');
+    *line = {start, end, find_at_sign(window, start, end)};
+    *end = '\0';
     return true;
 }
 
