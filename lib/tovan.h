@@ -38,6 +38,7 @@
 #include "tarout.h"
 #include "testdrvr.h"
 #include "trait.h"
+#include "u_arlist.h"
 #include "usage.h"
 #include "wait4pid.h"
 

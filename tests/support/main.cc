@@ -15,10 +15,10 @@ extern "C" const char *__asan_default_options() {
     return "allocator_may_return_null=1";
 }
 
-// What dycache() hands out is permanent, whoever forgets it.
+// What dycache() and getarlist() hand out is permanent, whoever forgets it.
 extern "C" const char *__lsan_default_suppressions();
 extern "C" const char *__lsan_default_suppressions() {
-    return "leak:dycache\n";
+    return "leak:dycache\nleak:getarlist\n";
 }
 
 namespace {
