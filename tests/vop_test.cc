@@ -288,8 +288,9 @@ TEST(vop, shows_how_a_command_would_run) {
 }
 
 const std::vector<std::string> subcommands = {
-    "expand", "vars", "srcs",  "expr",   "match", "rx",  "glob", "path", "map",
-    "dos",    "ix",   "names", "traits", "run",   "fix", "dict", "tmp",  "db"};
+    "expand", "vars", "srcs", "expr", "match", "rx",     "glob",
+    "path",   "map",  "dos",  "ix",   "names", "traits", "run",
+    "fix",    "dict", "tmp",  "db",   "ar"};
 
 TEST(vop, help_lists_the_subcommands_in_columns) {
     check({{{"help"},
@@ -297,8 +298,9 @@ TEST(vop, help_lists_the_subcommands_in_columns) {
             "Subcommands:\n"
             "\n"
             "    expand srcs   match  glob   map    ix     traits fix    tmp   "
+            " ar\n"
+            "    vars   expr   rx     path   dos    names  run    dict   db    "
             " help\n"
-            "    vars   expr   rx     path   dos    names  run    dict   db\n"
             "\n"
             "vop help SUBCOMMAND explains one, vop -x each in a line.\n",
             "",

@@ -31,6 +31,7 @@ extern const command fix;
 extern const command dict;
 extern const command tmp;
 extern const command db;
+extern const command ar;
 
 // Arguments of a subcommand that has no flags of its own.
 //   least     fewer than so many are misuse
