@@ -1,7 +1,9 @@
-# man.cmake: manual pages, found under every name that they explain.
+# man.cmake: manual pages, found under every name that they explain, and what
+# completes the arguments of the programs.
 #   man/NAME.SECTION   the pages
 #   build/.../man      the pages as they are installed: manN/NAME.SECTION, and
 #                      for each further name of a page a file that points to it
+#   tools/completion   for bash and zsh, made by the script `generate`
 include(GNUInstallDirs)
 
 set(manual ${PROJECT_BINARY_DIR}/man)
@@ -32,4 +34,11 @@ if(TOVAN_INSTALL)
     DESTINATION ${CMAKE_INSTALL_MANDIR} COMPONENT dev)
   install(DIRECTORY ${manual}/man1 ${manual}/man5
     DESTINATION ${CMAKE_INSTALL_MANDIR} COMPONENT tools)
+  set(TOVAN_ZSH_FOLDER ${CMAKE_INSTALL_DATADIR}/zsh/site-functions
+    CACHE STRING "where completions for zsh are installed")
+  install(DIRECTORY ${PROJECT_SOURCE_DIR}/tools/completion/bash/
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions
+    COMPONENT tools)
+  install(DIRECTORY ${PROJECT_SOURCE_DIR}/tools/completion/zsh/
+    DESTINATION ${TOVAN_ZSH_FOLDER} COMPONENT tools)
 endif()

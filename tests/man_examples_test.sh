@@ -5,6 +5,7 @@
 #   output NAME      what ./NAME writes
 #   console          commands behind "$ ", and what they write
 #   file NAME        the contents of a file
+: "${SOURCE:?}" "${BINARY:?}" "${CC:?}"
 failures=0
 bad() {
     echo "$1"

@@ -2,6 +2,7 @@
 #   man/               the pages
 #   $BINARY/man        the same as installed, with a link for each further name
 #   tests/man/*.awk    what reads them
+: "${SOURCE:?}" "${BINARY:?}" "${CC:?}" "${CXX:?}"
 failures=0
 bad() {
     echo "$1"
@@ -31,8 +32,9 @@ while read -r name; do
 done <"$SOURCE/tests/exports.txt"
 
 # Every program and every file format has its page, and none has two.
-for tool in "$BINARY"/bin/*; do
-    [ -f "$SOURCE/man/$(basename "$tool").1" ] || bad "$tool: no page"
+for tool in "$SOURCE"/tools/*.cc; do
+    page=$(basename "$tool" .cc).1
+    [ -f "$SOURCE/man/$page" ] || bad "$tool: no page"
 done
 for format in "$SOURCE"/docs/formats/*.md; do
     page=tovan-$(basename "$format" .md).5

@@ -26,7 +26,7 @@ constexpr tools::long_flag long_flags[] = {{"--resolve", 'r'}, {nullptr, 0}};
 int run(char **arguments) {
     bool resolves = false;
     tools::options flags = tools::options_of(arguments);
-    while (tools::next_flag(&flags, "r", long_flags) != 0)
+    while (tools::next_flag(&flags, "", long_flags) != 0)
         resolves = true;
     if (*flags.next == nullptr) usage("no path given");
     for (char **path = flags.next; *path != nullptr; path++) {

@@ -115,7 +115,7 @@ bool search_file(const options *chosen, const char *name) {
 
 options take_options(tools::options *flags) {
     options chosen{};
-    while (int flag = tools::next_flag(flags, "ivodr:", long_flags)) {
+    while (int flag = tools::next_flag(flags, "ivor:", long_flags)) {
         if (flag == 'i') chosen.folds = true;
         if (flag == 'v') chosen.inverts = true;
         if (flag == 'o') chosen.only_match = true;
