@@ -36,7 +36,6 @@
 using tovan::entry_at;
 using tovan::entry_name;
 using tovan::hash_slot;
-using tovan::hash_table;
 using tovan::variable_heap;
 
 namespace {

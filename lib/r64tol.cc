@@ -31,9 +31,8 @@ uint32_t digit_plus_one(char character) {
 uint32_t r64tol(const char *text, const char **end) {
     if (!reverse.is_built) r64_init();
     uint32_t value = 0;
-    for (; uint32_t plus_one = digit_plus_one(*text); text++) {
-        value = (value << digit_bits) + plus_one - 1;
-    }
+    for (; digit_plus_one(*text) != 0; text++)
+        value = (value << digit_bits) + digit_plus_one(*text) - 1;
     if (end != nullptr) *end = text;
     return value;
 }

@@ -340,7 +340,7 @@ int finish_program(compiler *c, bool is_inverted) {
     tovan::rxp_optimise(c->states, c->count);
 
     unsigned char *ranges = rxpbuf + 4 * c->count + 2;
-    memcpy(ranges, c->pairs, static_cast<size_t>(2 * c->n_pairs));
+    memcpy(ranges, c->pairs, 2 * static_cast<size_t>(c->n_pairs));
     ranges[2 * c->n_pairs] = 0;
     c->states[0].argument = c->states[0].next;
     c->states[0].next = link_to(end);

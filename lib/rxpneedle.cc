@@ -17,7 +17,6 @@
 #include <string.h>
 
 using tovan::rxp_needle;
-using tovan::rxp_plan;
 using tovan::rxp_set;
 using tovan::rxp_state;
 

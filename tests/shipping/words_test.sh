@@ -63,6 +63,7 @@ a b
 output
 error
 $work/root/x:/usr/bin:/bin
+a file
 -q: invalid flag
 Usage: own [-xvX] [-V dflags] [test <flags>]
 Use -x flag for explanations

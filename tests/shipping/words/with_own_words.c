@@ -27,5 +27,6 @@ int main(void) {
     puts(simplify(path, 0));
     forkcmmd(0, 2, 1, words + 1);
     puts(buildpath(&text, "%MORVA/x:%PATH"));
+    puts(opentmp(".", "t", 0600, NULL) != NULL ? "a file" : "none");
     return testdriver(2, arguments, tests);
 }
