@@ -19,11 +19,11 @@ quoted() {
 }
 
 # family HEADER: the sources whose own (first quoted) header it is.
+awk 'FNR == 1 { found = 0 }
+     !found && /^#include "/ { split($0, part, "\""); print part[2], FILENAME; found = 1 }
+    ' "$lib"/*.cc >"$work/families"
 family() {
-    for source in "$lib"/*.cc; do
-        first=$(sed -n 's/^#include "\(.*\)"$/\1/p' "$source" | head -n 1)
-        [ "$first" = "$1" ] && echo "$source"
-    done
+    sed -n "s,^$1 ,,p" "$work/families"
 }
 
 # stated HEADER: the headers of its "Builds on:" sentence.
