@@ -5,6 +5,7 @@
 #include <errno.h>
 #include <fcntl.h>
 #include <grp.h>
+#include <gtest/gtest.h>
 #include <pwd.h>
 #include <signal.h>
 #include <stdarg.h>
@@ -18,7 +19,15 @@
 #include <unistd.h>
 #include <utime.h>
 
+extern "C" void *__real_mmap(void *, size_t, int, int, int, off_t);
+
 namespace {
+
+bool *new_shared_flag() {
+    void *page = __real_mmap(nullptr, sizeof(bool), PROT_READ | PROT_WRITE,
+                             MAP_SHARED | MAP_ANONYMOUS, -1, 0);
+    return static_cast<bool *>(page);
+}
 
 // Functions by name. No memory is asked for here: malloc is among them.
 struct function {
@@ -27,6 +36,9 @@ struct function {
     int calls;
 };
 function functions[64];
+
+// Whether any call met a fault, in this process or in a child of with_fault().
+bool *has_met = new_shared_flag();
 
 function *find(const char *name) {
     function *f = functions;
@@ -45,6 +57,7 @@ const support::fault *met(const char *name) {
     bool is_over =
         fault->times != support::always && nth >= fault->first + fault->times;
     if (is_over) return nullptr;
+    *has_met = true;
     if (fault->before != nullptr) fault->before();
     return fault;
 }
@@ -57,16 +70,25 @@ bool fails(const char *name) {
     return true;
 }
 
+void limit(const support::fault &fault, size_t *count) {
+    size_t most = *count;
+    if (fault.most == support::half) most = (*count + 1) / 2;
+    if (fault.most >= 0) most = static_cast<size_t>(fault.most);
+    if (*count > most) *count = most;
+}
+
 // The same for a call that transfers bytes, whose count may become smaller.
 bool fails(const char *name, size_t *count) {
     const support::fault *fault = met(name);
-    if (fault == nullptr) return false;
+    if (fault == nullptr) {
+        const function *f = find(name);
+        bool before = f->fault.error != 0 && f->calls < f->fault.first;
+        if (before) limit(f->fault, count);
+        return false;
+    }
     errno = fault->error;
     if (fault->error != 0) return true;
-    size_t most = *count;
-    if (fault->most == support::half) most = (*count + 1) / 2;
-    if (fault->most >= 0) most = static_cast<size_t>(fault->most);
-    if (*count > most) *count = most;
+    limit(*fault, count);
     return false;
 }
 
@@ -102,11 +124,15 @@ FILE *stream_of(int descriptor, const char *mode,
 
 // NAME with fixed arguments, failing with `failure`.
 #define WRAP(result, failure, name, parameters, arguments) \
-    extern "C" result __real_##name parameters;            \
-    extern "C" result __wrap_##name parameters;            \
-    extern "C" result __wrap_##name parameters {           \
-        if (fails(#name)) return failure;                  \
-        return __real_##name arguments;                    \
+    WRAP_AS(#name, result, failure, name, parameters, arguments)
+
+// The same, met by another name.
+#define WRAP_AS(known, result, failure, name, parameters, arguments) \
+    extern "C" result __real_##name parameters;                      \
+    extern "C" result __wrap_##name parameters;                      \
+    extern "C" result __wrap_##name parameters {                     \
+        if (fails(known)) return failure;                            \
+        return __real_##name arguments;                              \
     }
 
 // The same for a call that transfers `count` bytes.
@@ -127,7 +153,6 @@ WRAP_TRANSFER(pwrite, (int fd, const void *b, size_t count, off_t at),
               (fd, b, count, at))
 
 WRAP(int, -1, creat, (const char *path, mode_t mode), (path, mode))
-WRAP(int, -1, close, (int fd), (fd))
 WRAP(off_t, -1, lseek, (int fd, off_t at, int whence), (fd, at, whence))
 WRAP(int, -1, stat, (const char *path, struct stat *s), (path, s))
 WRAP(int, -1, fstat, (int fd, struct stat *s), (fd, s))
@@ -165,8 +190,8 @@ WRAP(struct passwd *, nullptr, getpwuid, (uid_t uid), (uid))
 WRAP(struct group *, nullptr, getgrgid, (gid_t gid), (gid))
 WRAP(char *, nullptr, getlogin, (), ())
 WRAP(void *, nullptr, malloc, (size_t n), (n))
-WRAP(void *, nullptr, calloc, (size_t count, size_t n), (count, n))
-WRAP(void *, nullptr, realloc, (void *block, size_t n), (block, n))
+WRAP_AS("malloc", void *, nullptr, calloc, (size_t count, size_t n), (count, n))
+WRAP_AS("malloc", void *, nullptr, realloc, (void *block, size_t n), (block, n))
 
 extern "C" {
 int __real_open(const char *path, int flags, ...);
@@ -177,6 +202,14 @@ int __wrap_open(const char *path, int flags, ...) {
     mode_t mode = flags & O_CREAT ? va_arg(rest, mode_t) : 0;
     va_end(rest);
     return fails("open") ? -1 : __real_open(path, flags, mode);
+}
+
+// A descriptor is closed in any case.
+int __real_close(int fd);
+int __wrap_close(int fd);
+int __wrap_close(int fd) {
+    int result = __real_close(fd);
+    return fails("close") ? -1 : result;
 }
 
 int __real_fcntl(int fd, int what, ...);
@@ -233,9 +266,55 @@ int support::calls_of(const char *call) {
     return find(call)->calls;
 }
 
-int support::open_descriptors() {
+namespace {
+
+int open_descriptors() {
     int count = 0;
     for (int fd = 0; fd < 256; ++fd)
         count += __real_fcntl(fd, F_GETFD) != -1;
     return count;
+}
+
+}  // namespace
+
+support::outcome support::with_fault(const fault &wanted,
+                                     const std::function<void()> &body) {
+    *has_met = false;
+    return in_child([&] {
+        int before = open_descriptors();
+        inject(wanted);
+        body();
+        heal();
+        int more = open_descriptors() - before;
+        if (more != 0) printf("(descriptors: %d more)", more);
+    });
+}
+
+void support::check_faults(const std::function<void()> &body,
+                           const std::vector<fault_row> &rows,
+                           const std::function<void(outcome *)> &adjust) {
+    for (const fault_row &row : rows) {
+        outcome end = with_fault(row.what, body);
+        if (adjust != nullptr) adjust(&end);
+        std::string name = name_of(row.what);
+        bool has_fault = row.what.error != 0 || row.what.most != -1;
+        EXPECT_EQ(*has_met, has_fault) << name << ": no such call";
+        EXPECT_EQ(end.out, row.out) << name;
+        EXPECT_EQ(end.err, row.err) << name;
+        EXPECT_EQ(end.exit_status, row.status) << name;
+        EXPECT_EQ(end.signal, 0) << name;
+    }
+}
+
+std::string support::name_of(const fault &f) {
+    std::string name = std::string(f.call) + ": ";
+    if (f.error != 0) name += strerrorname_np(f.error);
+    if (f.most == half) name += "half";
+    if (f.most >= 0) name += std::to_string(f.most) + " bytes";
+    name += ", calls from " + std::to_string(f.first) + " on";
+    return f.times == always ? name : name + ": " + std::to_string(f.times);
+}
+
+std::string support::text_of(int error) {
+    return strerror(error);
 }
