@@ -28,7 +28,7 @@ void forget_name(blk1 *block) {
 ssize_t read_start(const char *path, char *data) {
     int descriptor = tovan::open_file(path, O_RDONLY);
     if (descriptor == -1) return -1;
-    ssize_t got = tovan::read_some(descriptor, data, block_size);
+    ssize_t got = tovan::read_full(descriptor, data, block_size);
     int number = errno;
     close(descriptor);
     errno = number;
