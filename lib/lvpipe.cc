@@ -6,6 +6,7 @@
 #include "execstr.h"
 #include "ident.h"
 #include "private_exit.h"
+#include "private_io.h"
 #include "private_lvget.h"
 
 #include <fcntl.h>
@@ -46,7 +47,7 @@ void make_pipe(int ends[2]) {
 [[noreturn]] void run_command(const int ends[2]) {
     tovan::leave_through_exit_now();
     close(STDIN_FILENO);
-    errcheck(open("/dev/null", O_RDONLY), "/dev/null");
+    errcheck(tovan::open_for_caller("/dev/null", O_RDONLY), "/dev/null");
     close(ends[0]);
     lclexit(execstr(STDIN_FILENO, ends[1], STDERR_FILENO, 0, 0,
                     command.buffer + 1));
