@@ -2,24 +2,17 @@
 #include "errexit.h"
 
 #include "ident.h"
+#include "private_io.h"
 
 #include <stdlib.h>
 #include <string.h>
 #include <unistd.h>
 
-namespace {
-
-void write_once(const char *text, size_t length) {
-    [[maybe_unused]] ssize_t put = write(STDERR_FILENO, text, length);
-}
-
-}  // namespace
-
 // Deliberate: progname is not tested for null (header).
 void nocore(void) {
     constexpr char message[] = ": Ran out of memory\n";
-    write_once(progname, strlen(progname));
-    write_once(message, sizeof message - 1);
+    tovan::write_full(STDERR_FILENO, progname, strlen(progname));
+    tovan::write_full(STDERR_FILENO, message, sizeof message - 1);
     abort();
 }
 
