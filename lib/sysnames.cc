@@ -81,6 +81,12 @@ struct table_reader {
     int line;  // the last physical line read
 };
 
+// Whether a line was read. What was read of one before an error is no line.
+bool is_read(const table_reader *in, const char *line) {
+    if (ferror(in->stream) != 0) errexit("%s: %s", in->file, syserr());
+    return line != nullptr;
+}
+
 bool ends_with_backslash(const dy *line) {
     return line->length > 0 && line->buffer[line->length - 1] == '\\';
 }
@@ -88,7 +94,7 @@ bool ends_with_backslash(const dy *line) {
 void join_continuations(table_reader *in, dy *line) {
     while (ends_with_backslash(line)) {
         line->buffer[line->length - 1] = ' ';
-        if (getdycline(in->stream, line, 0) == nullptr) {
+        if (!is_read(in, getdycline(in->stream, line, 0))) {
             fclose(in->stream);
             errexit("%s:%d: last line ends with a backslash", in->file,
                     in->line);
@@ -101,7 +107,7 @@ void join_continuations(table_reader *in, dy *line) {
 // Chosen: a comment is not continued, so that one can hold the backslash of
 // a line that was commented out.
 bool next_line(table_reader *in) {
-    while (getdyline(in->stream, &names.line, 0) != nullptr) {
+    while (is_read(in, getdyline(in->stream, &names.line, 0))) {
         ++in->line;
         const char *text = overwhite(names.line.buffer);
         if (*text == '\0' || *text == '#') continue;
