@@ -15,6 +15,7 @@
 #include "strutil.h"
 #include "sysnames.h"
 
+#include <errno.h>
 #include <stdio.h>
 #include <stdlib.h>
 
@@ -66,6 +67,14 @@ void read_mapping(const map_reader *in, const char *from) {
             savenstr(to, tolen));
 }
 
+// What was read of a line before an error is no mapping. A folder reads as
+// nothing (test load_mappings_a_folder_reads_as_nothing).
+void report_error(map_reader *in, FILE *stream) {
+    if (ferror(stream) == 0 || errno == EISDIR) return;
+    ++in->line;
+    warn(in, syserr());
+}
+
 void read_line(map_reader *in, char *line) {
     switch (*line) {
         case '\0':
@@ -105,10 +114,11 @@ void load_mappings(const char *file, int must_exist) {
     dy line{};
     // Chosen: blanks before a directive do not count, so that lines under a
     // condition can be indented.
-    while (getdyline(stream, &line, 0) != nullptr) {
+    while (getdyline(stream, &line, 0) != nullptr && ferror(stream) == 0) {
         ++in.line;
         read_line(&in, overwhite(line.buffer));
     }
+    report_error(&in, stream);
     free(line.buffer);
     fclose(stream);
 }
