@@ -44,7 +44,9 @@ maprec *load_rootmaps(void);
 //             cannot open (...)"
 //   fails     reported, and the line is left out: "Warning: FILE:LINE:
 //             mapping type not one of [MPD]>", "Warning: FILE:LINE: 2nd path
-//             not specified"
+//             not specified"; at a line that cannot be read "Warning:
+//             FILE:LINE: ..." with the system's text, and nothing more is read
+//   edge      a folder reads as nothing
 void load_mappings(const char *file, int must_exist);
 
 // Tells whether the lines behind a condition count.

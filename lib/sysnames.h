@@ -26,10 +26,10 @@ TOVAN_BEGIN_C
 //   result    16 texts, the eight values and then the eight field names; null
 //             with flags 1 or 2
 //   owner     process; the values may be replaced, not freed
-//   fails     "uname() failed, ...", "FILE: ..." (it cannot be opened),
-//             "FILE:LINE: last line ends with a backslash", "FILE:LINE: too
-//             few fields" (under three values), "FILE:LINE: too many fields"
-//             (over seven), "TEXT not matched in FILE"
+//   fails     "uname() failed, ...", "FILE: ..." (it cannot be opened, or
+//             read), "FILE:LINE: last line ends with a backslash",
+//             "FILE:LINE: too few fields" (under three values), "FILE:LINE:
+//             too many fields" (over seven), "TEXT not matched in FILE"
 //   edge      after a match every call gives the record at once, whatever the
 //             flags, and leaves file alone
 char **sysnames(int flags, char **file);
