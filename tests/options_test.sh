@@ -21,6 +21,12 @@ same() {
     sort one >one.sorted
     sort other | diff one.sorted - || bad "$1 (< help)"
 }
+# completed: subcommand and name of each option of the table, those of actions
+# with their subcommand.
+completed() {
+    awk -F"$tab" '$1 == "option" { sub(/ .*/, "", $2); print $2 "\t" $3 }' table |
+        sort -u
+}
 
 # The completions in the tree are those that would be made now.
 "$completion/generate" "$BINARY/bin" "$work/made" || bad "cannot generate"
@@ -54,7 +60,7 @@ for tool in $tools; do
 
     # The lists of the manual page, without what every subcommand takes.
     awk -F"$tab" -v common=" $(echo $common) " '
-        $1 != "" && index(common, " " $2 " ") { next }
+        $1 != "" && $1 !~ / / && index(common, " " $2 " ") { next }
         { value = tolower($3)
           if (value != "" && !sub(/^\+/, "", value)) value = " " value
           print $1 "\t" $2 value }' options >one
@@ -62,17 +68,22 @@ for tool in $tools; do
     same "$tool.1"
 
     # What is accepted, where options are told from arguments at all.
-    for subcommand in '' $(sed -n "s/^subcommand$tab\([^$tab]*\).*/\1/p" table); do
+    cut -f1 options | sort -u >with_options
+    while IFS= read -r subcommand; do
         case $(refusal "$program" $subcommand -%) in
         "-%: invalid flag") ;;
         *) continue ;;
         esac
+        case $subcommand in
+        *' '*) printf '%s\n' '-V value' -x ;; # as its subcommand
+        esac >others
         awk -F"$tab" -v subcommand="$subcommand" '
             $1 == subcommand && length($2) == 2 {
-                print $2 ($3 == "" || $3 ~ /^\+/ ? "" : " value") }' options >one
+                print $2 ($3 == "" || $3 ~ /^\+/ ? "" : " value") }' options |
+            cat - others >one
         accepted "$program" $subcommand >other
         same "$tool $subcommand"
-    done
+    done <with_options
 
     # Misuse and help of each, as of every program.
     for subcommand in '' $(sed -n "s/^subcommand$tab\([^$tab]*\).*/\1/p" table); do
@@ -88,7 +99,7 @@ if command -v bash >/dev/null; then
     for tool in $tools; do
         program=$BINARY/bin/$tool
         "$completion/table" "$program" >table
-        sed -n "s/^option$tab\([^$tab]*$tab[^$tab]*\)$tab.*/\1/p" table >one
+        completed >one
         sed -n "s/^subcommand$tab\([^$tab]*\).*/+$tab\1/p" table >>one
         cat >complete.bash <<'BASH'
 . "$1"
@@ -147,8 +158,7 @@ ZSH
     for tool in $tools; do
         program=$BINARY/bin/$tool
         "$completion/table" "$program" >table
-        sed -n "s/^option$tab\([^$tab]*$tab[^$tab]*\)$tab.*/\1/p" table |
-            sort >one
+        completed >one
         zsh -f complete.zsh "$completion/zsh" "$tool" \
             $(sed -n "s/^subcommand$tab\([^$tab]*\).*/\1/p" table |
                 grep -vx help) >other

@@ -19,3 +19,14 @@ function typed(line,    n, i, word, glue, text) {
 /^\.Sh / { on = $2 == "DESCRIPTION"; subcommand = "" }
 /^\.Ss / { subcommand = $2 }
 on && /^\.It Fl / { typed($0) }
+# Options of an action: ".It Cm add Oo Fl s Ar c Oc Ar name".
+on && /^\.It Cm / {
+    whole = subcommand
+    subcommand = subcommand " " $3
+    n = split($0, optional, / Oo /)
+    for (k = 2; k <= n; k++) {
+        sub(/ Oc.*/, "", optional[k])
+        typed(".It " optional[k])
+    }
+    subcommand = whole
+}

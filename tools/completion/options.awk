@@ -23,22 +23,39 @@ NR == 1 {
     print "argument", subcommand, last
     next
 }
-/^-[^\t]*\t/ {
+/^-/ {
     text = $0
-    sub(/^[^\t]*\t+/, "", text)
+    if (!sub(/^[^\t]*\t+/, "", text)) text = ""
+    sub(/\t.*/, "")
     first = count + 1
-    n = split(substr($0, 1, index($0, "\t") - 1), each, ", ")
+    n = split($0, each, ", ")
     for (i = 1; i <= n; i++) add(each[i])
     for (i = first; i <= count; i++) texts[i] = text
     next
 }
 /^\t\t/ && first > 0 {
     sub(/^\t+/, "")
-    for (i = first; i <= count; i++) texts[i] = texts[i] " " $0
+    for (i = first; i <= count; i++)
+        texts[i] = texts[i] (texts[i] == "" ? "" : " ") $0
     next
+}
+# An action of a subcommand: "add [-s C] NAME", "get TAB what it does".
+subcommand != "" && /^[a-z]+(\t| (\[-[^]]*\] )*[A-Z])/ {
+    split($0, words, /[ \t]/)
+    actions = actions (actions == "" ? "" : " ") words[1]
+    split($0, each, "\t")
+    while (match(each[1], /\[-[^]]*\]/)) {
+        first = count + 1
+        add(substr(each[1], RSTART + 1, RLENGTH - 2))
+        texts[count] = "with " words[1]
+        owners[count] = subcommand " " words[1]
+        each[1] = substr(each[1], RSTART + RLENGTH)
+    }
 }
 { first = 0 }
 END {
+    if (actions != "") print "actions", subcommand, actions
     for (i = 1; i <= count; i++)
-        print "option", subcommand, names[i], values[i], texts[i]
+        print "option", i in owners ? owners[i] : subcommand, names[i], \
+            values[i], texts[i]
 }

@@ -1,12 +1,12 @@
 # zsh.awk: a completion for zsh out of the option table of the program `tool`.
-BEGIN { FS = "\t" }
+BEGIN { FS = OFS = "\t" }
 
 # What completes a value or an argument.
 function action(value) {
     if (value ~ /^(DIR|FOLDER)$/) return "_files -/"
     if (value == "COMMAND") return "_command_names"
     if (value == "SUBCOMMAND") return "(" names ")"
-    if (value ~ /^(EXPRESSION|EXTENSION|FLAGS|KEY|MODE|MODEL|NAME|NAME=text|PATTERN|TEMPLATE|TEXT|VALUE)$/)
+    if (value ~ /^(C|EXPRESSION|EXTENSION|FLAGS|KEY|MODE|MODEL|NAME|NAME=text|PATTERN|TEMPLATE|TEXT|VALUE)$/)
         return ""
     return "_files"
 }
@@ -34,14 +34,19 @@ $1 == "subcommand" {
     texts[$2] = $3
     names = names (count > 1 ? " " : "") $2
 }
+$1 == "actions" { actions[$2] = $3 }
 $1 == "argument" { arguments[$2] = $3 }
 $1 == "option" {
+    sub(/ .*/, "", $2)
+    if (($2, $3) in seen) next
+    seen[$2, $3] = 1
     options[$2] = options[$2] " \\\n        " specification($3, $4, $5)
 }
 
-function show(subcommand,    word) {
+function show(subcommand,    word, first) {
     word = arguments[subcommand]
-    return "_arguments -s" options[subcommand] " \\\n        \"*:" \
+    first = subcommand in actions ? "\"1:action:(" actions[subcommand] ")\" " : ""
+    return "_arguments -s" options[subcommand] " \\\n        " first "\"*:" \
         tolower(word) ":" action(word) "\""
 }
 
