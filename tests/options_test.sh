@@ -67,6 +67,13 @@ for tool in $tools; do
     awk -f "$SOURCE/tests/man/options.awk" "$SOURCE/man/$tool.1" >other
     same "$tool.1"
 
+    # What can be traced.
+    for package in $(sed -n "s/^$tab-V$tab.*error: \(.*\) or all.*/\1/p" options |
+        tr -d ,); do
+        grep -q "Cm $package\( \|\$\)" "$SOURCE/man/$tool.1" ||
+            bad "$tool.1: $package cannot be traced"
+    done
+
     # What is accepted, where options are told from arguments at all.
     cut -f1 options | sort -u >with_options
     while IFS= read -r subcommand; do

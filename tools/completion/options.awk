@@ -33,7 +33,7 @@ NR == 1 {
     for (i = first; i <= count; i++) texts[i] = text
     next
 }
-/^\t\t/ && first > 0 {
+/^\t/ && first > 0 {
     sub(/^\t+/, "")
     for (i = first; i <= count; i++)
         texts[i] = texts[i] (texts[i] == "" ? "" : " ") $0
