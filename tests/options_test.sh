@@ -70,7 +70,8 @@ for tool in $tools; do
     # What can be traced.
     for package in $(sed -n "s/^$tab-V$tab.*error: \(.*\) or all.*/\1/p" options |
         tr -d ,); do
-        grep -q "Cm $package\( \|\$\)" "$SOURCE/man/$tool.1" ||
+        sed -n '/^\.It Fl V/,/^\.It Fl x/p' "$SOURCE/man/$tool.1" |
+            grep -q "Cm $package\( \|\$\)" ||
             bad "$tool.1: $package cannot be traced"
     done
 
