@@ -22,15 +22,6 @@ constexpr char trace_letter = trace_flag[0];
     tools::finish(0);
 }
 
-int long_letter(const char *word, const tools::long_flag *names) {
-    if (strcmp(word, "--help") == 0) explain();
-    if (strcmp(word, "--version") == 0) show_version();
-    for (; names != nullptr && names->name != nullptr; names++) {
-        if (strcmp(word, names->name) == 0) return names->letter;
-    }
-    usage("%s: invalid flag", word);
-}
-
 const char *take_value(tools::options *flags, const char *known) {
     bool is_joined = *flags->rest != '\0' || known[2] == ':';
     const char *value = is_joined ? flags->rest : *flags->next++;
@@ -43,6 +34,34 @@ const char *take_value(tools::options *flags, const char *known) {
 const char *known_letter(char letter, const char *letters) {
     if (letter == trace_letter) return trace_flag;
     return letter != ':' ? strchr(letters, letter) : nullptr;
+}
+
+// The value of a long flag that takes one: behind its "=", or the next argument.
+const char *take_long_value(tools::options *flags, const char *word) {
+    const char *equals = strchr(word, '=');
+    const char *value = equals != nullptr ? equals + 1 : *flags->next++;
+    if (value == nullptr) usage("%s: value missing", word);
+    return value;
+}
+
+bool is_named(const char *word, const char *name) {
+    size_t length = strlen(name);
+    return strncmp(word, name, length) == 0 &&
+           (word[length] == '\0' || word[length] == '=');
+}
+
+int long_letter(tools::options *flags, const char *word, const char *letters,
+                const tools::long_flag *names) {
+    if (strcmp(word, "--help") == 0) explain();
+    if (strcmp(word, "--version") == 0) show_version();
+    for (; names != nullptr && names->name != nullptr; names++) {
+        if (!is_named(word, names->name)) continue;
+        const char *known = known_letter(names->letter, letters);
+        bool takes_value = known != nullptr && known[1] == ':';
+        if (takes_value) flags->value = take_long_value(flags, word);
+        if (takes_value || strchr(word, '=') == nullptr) return names->letter;
+    }
+    usage("%s: invalid flag", word);
 }
 
 int short_letter(tools::options *flags, const char *letters) {
@@ -64,7 +83,7 @@ int any_flag(tools::options *flags, const char *letters,
     if (word == nullptr || word[0] != '-' || word[1] == '\0') return 0;
     flags->next++;
     if (strcmp(word, "--") == 0) return 0;
-    if (word[1] == '-') return long_letter(word, names);
+    if (word[1] == '-') return long_letter(flags, word, letters, names);
     flags->rest = word + 1;
     return short_letter(flags, letters);
 }
