@@ -15,10 +15,10 @@
 namespace {
 
 constexpr const vop::command *commands[] = {
-    &vop::expand, &vop::vars,  &vop::srcs,   &vop::expr, &vop::match,
-    &vop::rx,     &vop::glob,  &vop::path,   &vop::map,  &vop::dos,
-    &vop::ix,     &vop::names, &vop::traits, &vop::run,  &vop::fix,
-    &vop::dict,   &vop::tmp,   &vop::db,     &vop::ar,
+    &vop::expand, &vop::vars, &vop::srcs, &vop::expr, &vop::match, &vop::rx,
+    &vop::glob,   &vop::path, &vop::map,  &vop::dos,  &vop::ix,    &vop::names,
+    &vop::traits, &vop::run,  &vop::fix,  &vop::dict, &vop::tmp,   &vop::db,
+    &vop::ar,     &vop::tar,  &vop::cpio,
 };
 
 constexpr char synopsis[] = "SUBCOMMAND [ARGUMENT...]";

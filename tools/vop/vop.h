@@ -32,6 +32,8 @@ extern const command dict;
 extern const command tmp;
 extern const command db;
 extern const command ar;
+extern const command tar;
+extern const command cpio;
 
 // Arguments of a subcommand that has no flags of its own.
 //   least     fewer than so many are misuse
