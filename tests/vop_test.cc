@@ -297,10 +297,11 @@ TEST(vop, help_lists_the_subcommands_in_columns) {
             "",
             "Subcommands:\n"
             "\n"
-            "    expand srcs   match  glob   map    ix     traits fix    tmp   "
-            " ar\n"
-            "    vars   expr   rx     path   dos    names  run    dict   db    "
+            "    expand expr   glob   map    ix     traits fix    tmp    ar    "
+            " cpio\n"
+            "    vars   match  path   dos    names  run    dict   db     tar   "
             " help\n"
+            "    srcs   rx\n"
             "\n"
             "vop help SUBCOMMAND explains one, vop -x each in a line.\n",
             "",
