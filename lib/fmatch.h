@@ -15,12 +15,13 @@
 // and all other characters stand for themselves, "/" and a leading "." too.
 // Always: the whole subject has to match.
 // Errors: braces that nest too deep, or whose ends are found in different
-// places, are reported on standard error, and what comes to them fails. Out
-// of memory, which only long matches of patterns with braces need, ends the
+// places, are reported on standard error, and what comes to them fails. A
+// report is repeated for each way that leads there, but a match shows at most
+// 10000 of them, and fewer when the pattern is longer than a kilobyte. Out of
+// memory, which only long matches of patterns with braces need, ends the
 // process (nocore).
-// Time: at most pattern x subject x (1 + braces), except where errors are
-// reported or the trace is on, since each report is repeated for each way
-// that leads to it.
+// Time: at most pattern x subject x (1 + braces), and the reports; while the
+// trace is on, all ways are walked.
 #ifndef TOVAN_FMATCH_H
 #define TOVAN_FMATCH_H
 

@@ -1,15 +1,12 @@
-// fmbraces.cc: file-name patterns with braces, and their trace.
+// fmbraces.cc: file-name patterns with braces.
 #include "fmatch.h"
 
-#include "chkalloc.h"
 #include "ident.h"
-#include "private_error.h"
 #include "private_fmatch.h"
+#include "private_fmbraces.h"
 #include "private_fmfind.h"
-#include "private_fmmemory.h"
+#include "private_fmreport.h"
 
-#include <stdio.h>
-#include <stdlib.h>
 #include <string.h>
 
 // A step matches a stretch of the pattern. Where it comes to a star or "{" it
@@ -31,116 +28,30 @@
 // remembered: a star as a whole, and each step behind the end of a brace,
 // where the ways through its alternatives meet again. All stretches between
 // those are walked once for each position. A step that reported an error is
-// not remembered, since it has to report it again.
+// not remembered, since it has to report it again, as long as anyone may want
+// to read on: "*a*a*a*{{{{{{" reports once for each way to match its stars.
 
 using namespace tovan;
 
 constinit size_t tovan::brace_steps = 0;
 
+// Chosen: errors are reported once for each way that leads to them, up to
+// this number; behind it they are not shown any more, and what led to them is
+// remembered too. There may be more ways than there is time for, and nothing
+// is to be learnt from so many reports.
+constinit size_t tovan::most_brace_reports = 10000;
+
 namespace {
 
-// Why a step was made: shown by the trace, above the level.
-enum step_mark {
-    first_step = 0,
-    by_alternative = 0x200,
-    by_single_star = 0x400,   // a star before "[", "?" or a backslash
-    by_brace_star = 0x600,    // a star before "{", or "," and "}" in braces
-    by_literal_star = 0x800,  // a star before any other character
-    end_of_brace = 0x1000,    // no step: failures are remembered here
-};
+constexpr size_t patience = 500;  // steps before failures are remembered
 
-constexpr size_t patience = 500;   // steps before failures are remembered
-constexpr size_t local_room = 16;  // choices that need no heap
+// A report that shows a longer pattern counts as several; in a match that is
+// long itself, so do these many steps.
+constexpr size_t usual_pattern = 1024;
+constexpr size_t long_match = 1 << 24;
+constexpr size_t steps_for_report = 1 << 17;
 
-const text_pointer no_limit = reinterpret_cast<text_pointer>(UINTPTR_MAX);
-
-struct choice {
-    step_mark mark;
-    int level;             // of the step that left it
-    text_pointer pattern;  // what to try next; for a star, behind it
-    text_pointer limit;    // where no try is left for a star
-    text_pointer subject;  // where to try next
-    text_pointer start;    // where the choice was met
-    size_t reports;        // before it was left
-    brace_stack open;
-};
-
-const char *shown(text_pointer text) {
-    return text != nullptr ? reinterpret_cast<const char *>(text) : "NULL";
-}
-
-// In braces all other bytes stand for themselves.
-constexpr byte_set special_in_braces("*?[\\{,}");
-
-// Matches literals; nowhere when one differs.
-place match_literals(text_pointer p, text_pointer f, size_t *steps) {
-    for (; !special_in_braces.holds[*p]; ++p, ++f, ++*steps) {
-        if (*p != *f) return nowhere;
-    }
-    return {p, f};
-}
-
-step_mark mark_of_star(unsigned char next, bool inside) {
-    if (next == '[' || next == '?' || next == '\\') return by_single_star;
-    if (next == '{') return by_brace_star;
-    if (inside && (next == ',' || next == '}')) return by_brace_star;
-    return by_literal_star;
-}
-
-enum passed { go_on, stop, success };
-
-struct brace_matcher {
-    brace_matcher(text_pointer all, text_pointer p, text_pointer f,
-                  text_pointer first, bool is_traced)
-        : whole(all), origin(first), traced(is_traced), pattern(p), subject(f) {
-        open.depth = 0;
-    }
-
-    text_pointer whole;   // for messages
-    text_pointer origin;  // no place in the subject comes before it
-    bool traced;
-
-    // The step under way.
-    text_pointer pattern;
-    text_pointer subject;
-    brace_stack open;
-    int level = 0;
-    step_mark mark = first_step;
-
-    choice local[local_room];
-    choice *choices = local;
-    size_t count = 0;
-    size_t capacity = local_room;
-
-    size_t reports = 0;
-    size_t steps = 0;
-    bool remembering = false;
-    failure_memory memory = {};
-
-    bool run();
-    bool walk();
-    passed pass_special();
-    place alternative_from(text_pointer p, text_pointer f);
-    place alternative_behind(text_pointer p, text_pointer f);
-    passed enter_brace();
-    passed leave_brace();
-    passed meet_star();
-    passed finish_plainly();
-    passed leave_choice(step_mark why, text_pointer p, text_pointer f,
-                        text_pointer limit);
-    void grow_choices();
-    bool next_try();
-    bool try_alternative(choice *newest);
-    bool try_place(choice *newest);
-    void remember(const choice &spent);
-    text_pointer close_below(int levels);
-    void report_close();
-    void trace(const char *sign);
-
-    size_t offset(text_pointer position) const {
-        return static_cast<size_t>(position - origin);
-    }
-};
+}  // namespace
 
 // The close of the innermost brace, or of one further out; null: none is open.
 text_pointer brace_matcher::close_below(int levels) {
@@ -151,40 +62,26 @@ text_pointer brace_matcher::close_below(int levels) {
     return open.close[slot];
 }
 
-// Chosen: levels beyond 0x1ff keep their low bits only, so that the mark can
-// always be read.
 void brace_matcher::trace(const char *sign) {
-    for (int i = 0; i < level; ++i)
-        fputs("  ", stderr);
-    tovan::error("%s%04o: %d: p=%s; f=%s; pc=%s", sign,
-                 static_cast<unsigned>(mark + (level & 0x1ff)), open.depth,
-                 shown(pattern), shown(subject), shown(close_below(0)));
+    show_step(sign, mark, level, open.depth, pattern, subject, close_below(0));
 }
 
-void brace_matcher::report_close() {
-    tovan::error("p=%s; pc=%s, stk=%s", shown(pattern), shown(close_below(0)),
-                 shown(close_below(1)));
-    tovan::error("Whoops: logic error in fmatch for pattern '%s'",
-                 shown(whole));
+bool brace_matcher::may_report() const {
+    size_t waiting = steps < long_match ? 0 : steps / steps_for_report;
+    return weight + waiting <= most_brace_reports;
+}
+
+// Counts a report; false when it is one too many to be shown.
+bool brace_matcher::shows_report() {
     ++reports;
-}
-
-void brace_matcher::grow_choices() {
-    size_t bytes = count * sizeof *choices;
-    if (choices == local) {
-        choices = static_cast<choice *>(chkalloc(2 * bytes));
-        memcpy(choices, local, bytes);
-    } else {
-        choices = static_cast<choice *>(chkrealloc(choices, 2 * bytes));
-    }
-    capacity = 2 * count;
+    weight += 1 + strlen(as_string(whole)) / usual_pattern;
+    return may_report();
 }
 
 // Ends the step.
 passed brace_matcher::leave_choice(step_mark why, text_pointer p,
                                    text_pointer f, text_pointer limit) {
-    if (count == capacity) grow_choices();
-    choice *left = &choices[count++];
+    choice *left = choices.added();
     left->mark = why;
     left->level = level;
     left->pattern = p;
@@ -216,8 +113,7 @@ place brace_matcher::alternative_behind(text_pointer p, text_pointer f) {
 
 passed brace_matcher::enter_brace() {
     if (open.depth == deepest) {
-        tovan::error("{} nesting too deep in %s", shown(whole));
-        ++reports;
+        if (shows_report()) report_depth(whole);
         return stop;
     }
     text_pointer inside = pattern + 1;
@@ -241,7 +137,7 @@ passed brace_matcher::enter_brace() {
 passed brace_matcher::leave_brace() {
     text_pointer close = close_below(0);
     if (*pattern == '}' && pattern + 1 != close) {
-        report_close();
+        if (shows_report()) report_close(whole, pattern, close, close_below(1));
         return stop;
     }
     pattern = close;
@@ -255,7 +151,7 @@ passed brace_matcher::leave_brace() {
 // A star at depth 0 behind which no brace comes any more.
 passed brace_matcher::finish_plainly() {
     if (match_stars(whole, pattern, subject)) return success;
-    steps += strlen(shown(subject));
+    steps += strlen(as_string(subject));
     if (remembering) memory.add_star(pattern, open, offset(subject));
     return stop;
 }
@@ -271,7 +167,7 @@ passed brace_matcher::meet_star() {
         if (at != SIZE_MAX) limit = origin + at;
     }
     bool inside = open.depth > 0;
-    if (!inside && !traced && strchr(shown(pattern), '{') == nullptr)
+    if (!inside && !traced && strchr(as_string(pattern), '{') == nullptr)
         return finish_plainly();
     return leave_choice(mark_of_star(*pattern, inside), pattern, subject,
                         limit);
@@ -343,7 +239,8 @@ bool brace_matcher::try_place(choice *newest) {
 
 // All tries of a choice have failed.
 void brace_matcher::remember(const choice &spent) {
-    if (spent.reports != reports || spent.mark == by_alternative) return;
+    if (spent.reports != reports && may_report()) return;
+    if (spent.mark == by_alternative) return;
     size_t at = offset(spent.start);
     if (spent.mark == end_of_brace) {
         memory.add_step(spent.pattern, spent.open, at);
@@ -354,8 +251,8 @@ void brace_matcher::remember(const choice &spent) {
 
 // Starts the next step; false when there is nothing left to try.
 bool brace_matcher::next_try() {
-    for (; count > 0; --count) {
-        choice *newest = &choices[count - 1];
+    for (; choices.count > 0; --choices.count) {
+        choice *newest = &choices.each[choices.count - 1];
         bool found = newest->mark == by_alternative ? try_alternative(newest)
                                                     : try_place(newest);
         if (found) {
@@ -375,13 +272,11 @@ bool brace_matcher::next_try() {
     bool matches = walk();
     while (!matches && next_try())
         matches = walk();
-    if (choices != local) free(choices);
+    choices.release();
     memory.release();
     brace_steps = steps;
     return matches;
 }
-
-}  // namespace
 
 bool tovan::match_braces(text_pointer whole, text_pointer p, text_pointer f,
                          text_pointer again_p, text_pointer again_f) {

@@ -60,6 +60,9 @@ bool match_stars(text_pointer whole, text_pointer p, text_pointer f);
 // left to match_stars() by their length: the tests hold it against its bound.
 extern size_t brace_steps;
 
+// Reports of one match that are shown: the tests lower it.
+extern size_t most_brace_reports;
+
 }  // namespace tovan
 
 #endif

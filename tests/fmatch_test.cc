@@ -440,6 +440,90 @@ TEST(fmatch_second_opinion, patterns_with_many_ways) {
     EXPECT_GT(matches, 50);
 }
 
+// --- reports without number
+
+const char too_deep[] = "{{{{{{";
+
+// Lowers the number of reports while it lives.
+class few_reports {
+  public:
+    explicit few_reports(size_t most) : kept_(tovan::most_brace_reports) {
+        tovan::most_brace_reports = most;
+    }
+    ~few_reports() {
+        tovan::most_brace_reports = kept_;
+    }
+
+  private:
+    size_t kept_;
+};
+
+size_t reports_in(const std::string &text, const std::string &pattern) {
+    std::string line = "{} nesting too deep in " + pattern + "\n";
+    size_t count = 0;
+    while (text.compare(count * line.size(), line.size(), line) == 0)
+        ++count;
+    EXPECT_EQ(text.size(), count * line.size());
+    return count;
+}
+
+size_t reports_of(const std::string &pattern, const std::string &subject) {
+    std::string text =
+        support::stderr_of([&] { fmatch(subject.c_str(), pattern.c_str()); });
+    return reports_in(text, pattern);
+}
+
+TEST(fmatch_reports, come_once_for_each_way_up_to_ten_thousand) {
+    std::string pattern = std::string("*") + too_deep;
+    for (size_t n : {0u, 1u, 700u, 9998u, 9999u})
+        EXPECT_EQ(reports_of(pattern, std::string(n, 'a')), n + 1);
+    for (size_t n : {10000u, 50000u})
+        EXPECT_EQ(reports_of(pattern, std::string(n, 'a')), 10000u);
+    // 60 over 2 ways for the first stars, each with the rest for the last.
+    pattern = std::string("*a*a*") + too_deep;
+    size_t ways = 0;
+    for (size_t second = 2; second <= 30; ++second)
+        ways += (second - 1) * (30 - second + 1);
+    EXPECT_EQ(reports_of(pattern, std::string(30, 'a')), ways);
+}
+
+TEST(fmatch_reports, of_long_patterns_are_fewer) {
+    for (size_t n : {1000u, 2000u, 50000u}) {
+        std::string pattern = std::string("*") + too_deep + std::string(n, 'x');
+        size_t most = 10000 / (1 + pattern.size() / 1024);
+        size_t reports = reports_of(pattern, std::string(20000, 'a'));
+        EXPECT_LE(reports, most);
+        EXPECT_GE(reports, most / 2);
+    }
+}
+
+TEST(fmatch_reports, behind_the_last_results_stay_exact) {
+    errors_kept errors;
+    few_reports few(5);
+    std::mt19937 random(6);
+    const char *const parts[] = {"{", "{{", "{{{", "{a,", "*", "*a",  "a",
+                                 "b", ",",  "}",   "{*,", "?", "[a{]"};
+    int silenced = 0, matches = 0;
+    for (int i = 0; i < 20000; ++i) {
+        std::string pattern = i % 2 ? "*{a," : "{*";
+        for (size_t n = 3 + random() % 7; n > 0; --n)
+            pattern += parts[random() % std::size(parts)];
+        std::string subject = random_text(&random, "aab", 12);
+        support::slow_fmatch slow(false);
+        slow.most_steps = 100000;
+        int expected = slow.match(subject, pattern);
+        int result = fmatch(subject.c_str(), pattern.c_str());
+        std::string shown = errors.take();
+        if (slow.gave_up()) continue;
+        EXPECT_EQ(result, expected) << pattern << " against " << subject;
+        EXPECT_EQ(shown, slow.messages.substr(0, shown.size()));
+        silenced += shown.size() < slow.messages.size();
+        matches += expected != 0 && !slow.messages.empty();
+    }
+    EXPECT_GT(silenced, 500);
+    EXPECT_GT(matches, 100);
+}
+
 // --- bounds
 
 size_t steps_of(const std::string &pattern, const std::string &subject) {
@@ -475,6 +559,36 @@ TEST(fmatch_bounds, steps_stay_below_pattern_times_subject_times_braces) {
         for (size_t n : {10u, 100u, 1000u}) {
             size_t steps = steps_of(pattern, repeated("a", n));
             EXPECT_LE(steps, pattern.size() * (n + 1) * (1 + braces) + 500)
+                << pattern << " " << n;
+        }
+    }
+}
+
+// Each of these would report more often than anyone can wait for.
+TEST(fmatch_bounds, steps_stay_below_their_bound_with_errors_on_all_ways) {
+    errors_kept errors;
+    std::string deep = too_deep;
+    const std::string patterns[] = {
+        repeated("*a", 20) + "*" + deep,
+        repeated("*?", 20) + "*" + deep + "b",
+        repeated("{a,}", 20) + deep,
+        repeated("{*,a}", 20) + "*" + deep,
+        repeated("{a,*}*", 20) + "{{{{{{x}}}}}}",
+        repeated("*a", 20) + "{a[b}",
+        repeated("{*a,a*}", 10) + "{[a[b]}]}*" + deep,
+        repeated("*" + deep, 20),
+        "{" + repeated("*a", 20) + deep + ",b}",
+    };
+    for (const std::string &pattern : patterns) {
+        size_t braces = 0;
+        for (char c : pattern)
+            braces += c == '{';
+        for (size_t n : {10u, 100u, 400u}) {
+            size_t steps = steps_of(pattern, repeated("a", n));
+            errors.take();
+            size_t reporting = 10000 * (pattern.size() + n);
+            EXPECT_LE(steps,
+                      pattern.size() * (n + 1) * (1 + braces) + reporting)
                 << pattern << " " << n;
         }
     }
