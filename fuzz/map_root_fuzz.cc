@@ -32,7 +32,7 @@ void drop_records() {
         free(records[i].to);
     }
     free(maps.records.data);
-    free(maps.slots);
+    free_hash_table(&maps.index);
     maps = {};
 }
 

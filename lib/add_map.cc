@@ -2,7 +2,6 @@
 // ones.
 #include "map_root.h"
 
-#include "chkalloc.h"
 #include "dypadd.h"
 #include "ident.h"
 #include "private_hash.h"
@@ -12,30 +11,29 @@
 #include <stdlib.h>
 #include <string.h>
 
+using tovan::hash_slot;
+using tovan::hash_table;
+
 namespace {
 
 constexpr int first_capacity = 32;
 
-constexpr uint32_t first_slots = 64;  // a power of two
-
-// A place of the index; an empty one has record 0.
-struct map_slot {
-    uint32_t tag;
-    int record;  // one more than its index
-};
-
-// Records in the order of their first appearance, and an open-addressing
-// index over them that is at most half full. Filled by add_map(); holds for
-// the process; a record's texts are released when they are replaced.
+// Records in the order of their first appearance. Filled by add_map(); holds
+// for the process; a record's texts are released when they are replaced. A
+// slot of the index holds a record's place among them plus one.
 struct map_state {
     dyd records;
-    map_slot *slots;
-    uint32_t slot_count;  // a power of two, or 0
+    hash_table index;
+    int room;  // records that the index is made for
 };
 constinit map_state maps{};
 
-maprec *record_of(const map_slot *slot) {
-    return static_cast<maprec *>(maps.records.data) + slot->record - 1;
+maprec *record_at(int place) {
+    return static_cast<maprec *>(maps.records.data) + place;
+}
+
+maprec *record_of(const hash_slot *slot) {
+    return record_at(static_cast<int>(slot->at - 1));
 }
 
 bool is_equal(const maprec *record, const maprec *other) {
@@ -44,44 +42,38 @@ bool is_equal(const maprec *record, const maprec *other) {
                   static_cast<size_t>(record->fromlen)) == 0;
 }
 
-uint32_t tag_of(const maprec *record) {
+// Of equal from-paths those of different types have different tags.
+tovan::hashed_text text_of(const maprec *record) {
     size_t length = static_cast<size_t>(record->fromlen);
-    return tovan::text_tag(record->from, length) +
-           static_cast<uint32_t>(record->type);
+    uint32_t tag = tovan::text_tag(record->from, length) +
+                   static_cast<uint32_t>(record->type);
+    return {record->from, length, tag};
 }
 
-// The slot of an equal record, or the empty one where it belongs.
-map_slot *find_slot(uint32_t tag, const maprec *wanted) {
-    for (uint32_t at = tag;; ++at) {
-        map_slot *slot = &maps.slots[at & (maps.slot_count - 1)];
-        if (slot->record == 0) return slot;
-        if (slot->tag == tag && is_equal(record_of(slot), wanted)) return slot;
-    }
+// The slot of an equal record, or an empty one for it.
+hash_slot *slot_of_record(const maprec *wanted,
+                          const tovan::hashed_text &text) {
+    auto is_wanted = [wanted](const hash_slot *slot) {
+        return is_equal(record_of(slot), wanted);
+    };
+    return tovan::slot_for(&maps.index, text.tag, is_wanted,
+                           [&text] { return text; });
 }
 
-// A filled slot goes where its record would be looked for.
-void move_slot(const map_slot *slot) {
-    if (slot->record != 0) *find_slot(slot->tag, record_of(slot)) = *slot;
-}
-
-void resize_index(uint32_t slot_count) {
-    map_slot *old = maps.slots;
-    uint32_t old_count = maps.slot_count;
-    size_t size = slot_count * sizeof *old;
-    maps.slots = static_cast<map_slot *>(chkalloc(size));
-    memset(maps.slots, 0, size);
-    maps.slot_count = slot_count;
-    for (uint32_t i = 0; i < old_count; ++i)
-        move_slot(&old[i]);
-    free(old);
+void enter_record(int place) {
+    const maprec *record = record_at(place);
+    tovan::hashed_text text = text_of(record);
+    *slot_of_record(record, text) = {text.tag,
+                                     static_cast<uint32_t>(place + 1)};
 }
 
 void make_room_in_index() {
-    uint32_t needed = 2 * (static_cast<uint32_t>(maps.records.count) + 1);
-    if (maps.slot_count == 0)
-        resize_index(first_slots);
-    else if (needed > maps.slot_count)
-        resize_index(2 * maps.slot_count);
+    if (maps.records.count < maps.room) return;
+    maps.room = maps.room > 0 ? 2 * maps.room : first_capacity;
+    free_hash_table(&maps.index);
+    maps.index = tovan::new_hash_table(static_cast<size_t>(maps.room));
+    for (int place = 0; place < maps.records.count; ++place)
+        enter_record(place);
 }
 
 }  // namespace
@@ -96,11 +88,11 @@ void add_map(int type, char *from, int fromlen, char *to) {
     maprec added = {type, from, fromlen, to};
     tovan::mapping_records();
     make_room_in_index();
-    uint32_t tag = tag_of(&added);
-    map_slot *slot = find_slot(tag, &added);
-    if (slot->record == 0) {
+    tovan::hashed_text text = text_of(&added);
+    hash_slot *slot = slot_of_record(&added, text);
+    if (slot->at == 0) {
         dydadd(&maps.records, &added);
-        *slot = {tag, maps.records.count};
+        *slot = {text.tag, static_cast<uint32_t>(maps.records.count)};
         return;
     }
     maprec *record = record_of(slot);

@@ -14,32 +14,35 @@ namespace {
 
 constexpr uint32_t first_room = 64;
 
-uint32_t tag_of(dev_t device, ino_t inode) {
-    using namespace tovan::hashing;
-    return static_cast<uint32_t>(folded(inode ^ odd_1, device + odd_2));
-}
+// The two numbers of a file, as a text that is looked for.
+struct file_key {
+    uint64_t numbers[2];
+    uint32_t tag;
 
-// Where the file stands in the index, or where it would go. A slot holds the
-// place in `files` and 1.
-hash_slot *slot_of(const link_table *table, dev_t device, ino_t inode) {
-    auto is_wanted = [=](const hash_slot *slot) {
-        const linked_file *file = table->files + slot->at - 1;
-        return file->inode == inode && file->device == device;
-    };
-    return tovan::search(&table->index, tag_of(device, inode), is_wanted);
-}
+    file_key(dev_t device, ino_t inode)
+        : numbers{device, inode},
+          tag(static_cast<uint32_t>(tovan::hashing::folded(
+              inode ^ tovan::hashing::odd_1, device + tovan::hashing::odd_2))) {
+    }
+    tovan::hashed_text text() const {
+        return {reinterpret_cast<const char *>(numbers), sizeof numbers, tag};
+    }
+};
 
+// A slot of the index holds the place in `files` and 1.
 void enter(link_table *table, uint32_t place) {
     const linked_file *file = table->files + place;
-    hash_slot *slot = slot_of(table, file->device, file->inode);
-    *slot = {tag_of(file->device, file->inode), place + 1};
+    file_key key(file->device, file->inode);
+    auto is_taken = [](const hash_slot *) { return false; };
+    *slot_for(&table->index, key.tag, is_taken,
+              [&key] { return key.text(); }) = {key.tag, place + 1};
 }
 
 void grow(link_table *table) {
     table->room = table->room == 0 ? first_room : table->room * 2;
     size_t size = table->room * sizeof(linked_file);
     table->files = static_cast<linked_file *>(chkrealloc(table->files, size));
-    free(table->index.slots);
+    free_hash_table(&table->index);
     table->index = tovan::new_hash_table(table->room);
     for (uint32_t place = 0; place < table->count; place++)
         enter(table, place);
@@ -50,8 +53,14 @@ void grow(link_table *table) {
 linked_file *tovan::find_linked(const link_table *table, dev_t device,
                                 ino_t inode) {
     if (table->count == 0) return nullptr;
-    const hash_slot *slot = slot_of(table, device, inode);
-    return slot->at != 0 ? table->files + slot->at - 1 : nullptr;
+    auto is_wanted = [=](const hash_slot *slot) {
+        const linked_file *file = table->files + slot->at - 1;
+        return file->inode == inode && file->device == device;
+    };
+    file_key key(device, inode);
+    uint32_t at = find_at(&table->index, key.tag, is_wanted,
+                          [&key] { return key.text(); });
+    return at != 0 ? table->files + at - 1 : nullptr;
 }
 
 linked_file *tovan::add_linked(link_table *table, dev_t device, ino_t inode) {
@@ -65,7 +74,7 @@ linked_file *tovan::add_linked(link_table *table, dev_t device, ino_t inode) {
 
 void tovan::clear_links(link_table *table) {
     free(table->files);
-    free(table->index.slots);
+    free_hash_table(&table->index);
     *table = {};
 }
 

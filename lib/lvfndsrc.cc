@@ -39,24 +39,39 @@ constexpr size_t first_capacity = 20;  // sources of a small directory
 // released.
 constinit dy candidate{};
 
-hash_slot *find_key(const char *key) {
-    uint32_t tag = tovan::text_tag(key, strlen(key));
-    return tovan::search(&map.keys, tag, [key](const hash_slot *slot) {
-        return strcmp(map.records[slot->at - 1].key, key) == 0;
-    });
+tovan::hashed_text hashed(const char *key) {
+    size_t length = strlen(key);
+    return {key, length, tovan::text_tag(key, length)};
 }
 
+bool has_key(const hash_slot *slot, const char *key) {
+    return strcmp(map.records[slot->at - 1].key, key) == 0;
+}
+
+// The record of a key, or null.
+source_record *find_record(const char *key) {
+    tovan::hashed_text text = hashed(key);
+    uint32_t at = find_at(
+        &map.keys, text.tag,
+        [key](const hash_slot *slot) { return has_key(slot, key); },
+        [&text] { return text; });
+    return at != 0 ? &map.records[at - 1] : nullptr;
+}
+
+// Enters a record with a key of its own.
 void enter_key(size_t record) {
-    const char *key = map.records[record].key;
-    *find_key(key) = {tovan::text_tag(key, strlen(key)),
-                      static_cast<uint32_t>(record + 1)};
+    tovan::hashed_text text = hashed(map.records[record].key);
+    hash_slot *slot = slot_for(
+        &map.keys, text.tag, [](const hash_slot *) { return false; },
+        [&text] { return text; });
+    *slot = {text.tag, static_cast<uint32_t>(record + 1)};
 }
 
 void grow_map() {
     map.capacity = map.capacity > 0 ? 2 * map.capacity : first_capacity;
     map.records = static_cast<source_record *>(
         chkrealloc(map.records, map.capacity * sizeof(source_record)));
-    free(map.keys.slots);
+    free_hash_table(&map.keys);
     map.keys = tovan::new_hash_table(map.capacity);
     for (size_t i = 0; i < map.count; ++i)
         enter_key(i);
@@ -67,10 +82,10 @@ void record_source(const char *path, const char *tail) {
     if (map.count == map.capacity) grow_map();
     char *copy = savestr(path);
     source_record record = {copy, copy + (tail - path)};
-    const hash_slot *known = find_key(tail);
-    if (known->at != 0) {
-        free(map.records[known->at - 1].path);
-        map.records[known->at - 1] = record;
+    source_record *known = find_record(tail);
+    if (known != nullptr) {
+        free(known->path);
+        *known = record;
         return;
     }
     map.records[map.count] = record;
@@ -83,8 +98,8 @@ bool is_readable(const char *path) {
 
 const char *recorded_source(const char *name) {
     if (map.count == 0) return nullptr;
-    const hash_slot *known = find_key(name);
-    return known->at != 0 ? map.records[known->at - 1].path : nullptr;
+    const source_record *known = find_record(name);
+    return known != nullptr ? known->path : nullptr;
 }
 
 // Tries the source directories; the first one, the current directory, was

@@ -235,8 +235,8 @@ void tovan::index_heap(variable_heap *heap, const char *name) {
 
 void tovan::free_heap(variable_heap *heap) {
     free(heap->bytes);
-    free(heap->names.slots);
-    free(heap->bases.slots);
+    free_hash_table(&heap->names);
+    free_hash_table(&heap->bases);
     free(heap->subscripts);
     *heap = {};
 }

@@ -17,12 +17,6 @@
 //     "X[a*]"@3, "X[b]"@9, "Y[a]"@15
 //     slots:       ... {tag of "X", 1} - {tag of "Y", 3} ...
 //     subscripts:  1: {3, next 2}, 2: {9, end}, 3: {15, end}
-//
-// Its lists are told apart by their tags alone: texts whose tags are equal
-// share a list, and whoever walks it compares the text anyway.
-//
-// Not handled: names made up to have equal tags. They share one run of places
-// and cost what they would cost in one chain.
 #include "lvheap.h"
 
 #include "chkalloc.h"
@@ -49,13 +43,17 @@ bool has_name(const variable_heap *heap, uint32_t position, const char *name,
     return own[length] == '\0' && tovan::same_text(own, name, length);
 }
 
-bool any_slot(const hash_slot *) {
-    return true;
+// Whether the entry's name has this text before its first "[".
+bool has_base(const variable_heap *heap, uint32_t position, const char *base,
+              size_t length) {
+    size_t name_at = size_t{position} * 8 + 7;
+    if (heap->size - name_at <= length) return false;
+    const char *own = entry_name(entry_at(heap, position));
+    return own[length] == '[' && tovan::same_text(own, base, length);
 }
 
-uint32_t base_tag(const variable_heap *heap, uint32_t position) {
-    const char *name = entry_name(entry_at(heap, position));
-    return tovan::text_tag(name, strcspn(name, "["));
+tovan::hashed_text hashed(const char *bytes, size_t length) {
+    return {bytes, length, tovan::text_tag(bytes, length)};
 }
 
 // Puts positions where a scan of the chains from 0 to 255 would meet them.
@@ -80,7 +78,10 @@ void tovan::index_names(variable_heap *heap, const found_name *names,
         auto is_equal = [heap, name](const hash_slot *slot) {
             return strcmp(entry_name(entry_at(heap, slot->at)), name) == 0;
         };
-        hash_slot *slot = search(&table, found->tag, is_equal);
+        auto text = [name, found] {
+            return hashed_text{name, strlen(name), found->tag};
+        };
+        hash_slot *slot = slot_for(&table, found->tag, is_equal, text);
         if (slot->at == 0) *slot = {found->tag, found->position};
     }
     heap->names = table;
@@ -96,10 +97,17 @@ void tovan::index_subscripts(variable_heap *heap, const found_subscript *found,
     // the lists come out in order.
     for (size_t i = count; i > 0; --i) {
         heap_subscript *subscript = &heap->subscripts[i];
-        uint32_t tag = base_tag(heap, subscript->position);
-        hash_slot *slot = search(&heap->bases, tag, any_slot);
+        const char *name = entry_name(entry_at(heap, subscript->position));
+        auto length = static_cast<size_t>(strchr(name, '[') - name);
+        hashed_text base = hashed(name, length);
+        auto is_equal = [heap, &base](const hash_slot *slot) {
+            uint32_t position = heap->subscripts[slot->at].position;
+            return has_base(heap, position, base.bytes, base.length);
+        };
+        hash_slot *slot = slot_for(&heap->bases, base.tag, is_equal,
+                                   [&base] { return base; });
         subscript->next = slot->at;
-        *slot = {tag, static_cast<uint32_t>(i)};
+        *slot = {base.tag, static_cast<uint32_t>(i)};
     }
 }
 
@@ -109,14 +117,20 @@ const tovan::heap_entry *tovan::find_entry(const variable_heap *heap,
     auto is_equal = [=](const hash_slot *slot) {
         return has_name(heap, slot->at, name, length);
     };
-    const hash_slot *slot =
-        search(&heap->names, text_tag(name, length), is_equal);
-    return slot->at != 0 ? entry_at(heap, slot->at) : nullptr;
+    hashed_text text = hashed(name, length);
+    uint32_t at =
+        find_at(&heap->names, text.tag, is_equal, [&text] { return text; });
+    return at != 0 ? entry_at(heap, at) : nullptr;
 }
 
 uint32_t tovan::first_subscript(const variable_heap *heap, const char *base,
                                 size_t length) {
-    return search(&heap->bases, text_tag(base, length), any_slot)->at;
+    hashed_text text = hashed(base, length);
+    auto is_equal = [=](const hash_slot *slot) {
+        uint32_t position = heap->subscripts[slot->at].position;
+        return has_base(heap, position, base, length);
+    };
+    return find_at(&heap->bases, text.tag, is_equal, [&text] { return text; });
 }
 
 TOVAN_IDENT(lvindex, "8.4", "26/11/21")

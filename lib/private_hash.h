@@ -1,16 +1,13 @@
 // private_hash.h (private): texts to numbers, by tables in memory.
-// Builds on: errexit.h.
+// Builds on: nothing.
 //
 // Hash values differ between hosts of different byte order: nothing that
 // leaves the process may depend on them.
 #ifndef TOVAN_PRIVATE_HASH_H
 #define TOVAN_PRIVATE_HASH_H
 
-#include "errexit.h"
-
 #include <stddef.h>
 #include <stdint.h>
-#include <stdlib.h>
 #include <string.h>
 
 namespace [[gnu::visibility("hidden")]] tovan {
@@ -71,14 +68,20 @@ inline uint32_t text_tag(const char *bytes, size_t n) {
                                         load8(bytes + n - 8) ^ odd_2));
 }
 
-// Whether two texts agree in n bytes.
-inline bool same_text(const char *a, const char *b, size_t n) {
+// Whether two texts agree in n bytes. Each answer has a return of its own:
+// searches branch on it, and need not make a number of it first.
+[[gnu::always_inline]] inline bool same_text(const char *a, const char *b,
+                                             size_t n) {
     using namespace hashing;
-    if (n < 8) return load_short(a, n) == load_short(b, n);
+    if (n < 8) {
+        if (load_short(a, n) != load_short(b, n)) return false;
+        return true;
+    }
     for (size_t at = 0; at + 8 < n; at += 8) {
         if (load8(a + at) != load8(b + at)) return false;
     }
-    return load8(a + n - 8) == load8(b + n - 8);
+    if (load8(a + n - 8) != load8(b + n - 8)) return false;
+    return true;
 }
 
 // One place of a table; nothing is stored where `at` is 0.
@@ -87,37 +90,85 @@ struct hash_slot {
     uint32_t at;   // what the caller stores
 };
 
+// How far a search goes. At half load not one text in a hundred thousand
+// needs more places, unless texts are made up for it.
+constexpr size_t longest_search = 64;
+
 // A table with open addressing: a search goes on to the next place until it
-// meets a free one. At most half of the places are taken.
+// meets a free one. At most half of the places are taken. Texts that find no
+// place near their first one go to a tree (hashtree.cc): texts with equal tags
+// cost the logarithm of their number each, and not each other.
 struct hash_table {
-    hash_slot *slots;
-    int shift;  // from a tag to its first place
-    uint32_t mask;
+    hash_slot *slots;  // behind the last first place is room for its search
+    int shift;         // from a tag to its first place
+    void *others;      // the tree; null: empty
 };
 
-// A table for `count` slots; its slots are released with free().
-inline hash_table new_hash_table(size_t count) {
-    int bits = 1;
-    while (size_t{1} << bits < 2 * count)
-        ++bits;
-    size_t places = size_t{1} << bits;
-    auto *slots = static_cast<hash_slot *>(calloc(places, sizeof(hash_slot)));
-    if (slots == nullptr) nocore();
-    return {slots, 32 - bits, static_cast<uint32_t>(places - 1)};
+// Its slots; none in a table of zeros.
+inline size_t count_places(const hash_table *table) {
+    if (table->slots == nullptr) return 0;
+    return (size_t{1} << (32 - table->shift)) + longest_search;
 }
 
-// The first slot with this tag for which is_wanted(slot) holds, or else the
-// free slot where the search ended.
-template <typename Wanted>
-hash_slot *search(const hash_table *table, uint32_t tag, Wanted is_wanted) {
-    uint32_t place = tag >> table->shift;
-    while (true) {
-        hash_slot *slot = table->slots + place;
+// A text as the tree knows it.
+struct hashed_text {
+    const char *bytes;
+    size_t length;
+    uint32_t tag;
+};
+
+// A table for `count` slots.
+//   owner     caller: free_hash_table
+hash_table new_hash_table(size_t count);
+
+// Back to a table of zeros, which is also one.
+void free_hash_table(hash_table *table);
+
+// The slot of a text in the tree, or null.
+hash_slot *find_other(const hash_table *table, const hashed_text &text);
+
+// The same; a new one with nothing stored when there is none.
+hash_slot *other_slot(hash_table *table, const hashed_text &text);
+
+// What is stored with this tag in a slot for which is_wanted(slot) holds; 0
+// when there is none. text() is the hashed_text that is looked for, of which
+// most searches need the tag only.
+// An empty place ends the search: where texts are removed, the tree has to be
+// asked then.
+template <typename Wanted, typename Text>
+uint32_t find_at(const hash_table *table, uint32_t tag, Wanted is_wanted,
+                 Text text) {
+    const hash_slot *slot = table->slots + (tag >> table->shift);
+    const hash_slot *end = slot + longest_search;
+    do {
+        uint32_t at = slot->at;
+        if (at == 0) return 0;
+        if (slot->tag == tag && is_wanted(slot)) return at;
+    } while (++slot != end);
+    const hash_slot *other = find_other(table, text());
+    return other != nullptr ? other->at : 0;
+}
+
+// The slot of such a text, or an empty one for the caller to fill.
+template <typename Wanted, typename Text>
+hash_slot *slot_for(hash_table *table, uint32_t tag, Wanted is_wanted,
+                    Text text) {
+    hash_slot *slot = table->slots + (tag >> table->shift);
+    const hash_slot *end = slot + longest_search;
+    do {
         if (slot->at == 0) return slot;
         if (slot->tag == tag && is_wanted(slot)) return slot;
-        place = (place + 1) & table->mask;
-    }
+    } while (++slot != end);
+    return other_slot(table, text());
 }
+
+// Whether a slot lies in the tree.
+bool is_other(const hash_table *table, const hash_slot *slot);
+
+void remove_other(hash_table *table, const hashed_text &text);
+
+// Texts compared in trees so far, for the tests of their bounds.
+extern size_t other_comparisons;
 
 }  // namespace tovan
 

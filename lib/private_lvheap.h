@@ -74,8 +74,7 @@ inline const heap_entry *find_entry(const variable_heap *heap,
 }
 
 // The names with a subscript whose text before the first "[" has these bytes,
-// in the order of a scan; the list may hold others, which the caller's own
-// comparison leaves out. Meaningless for a heap with misplaced entries.
+// in the order of a scan. Meaningless for a heap with misplaced entries.
 //   result    an index into `subscripts`; 0 when there are none
 uint32_t first_subscript(const variable_heap *heap, const char *base,
                          size_t length);

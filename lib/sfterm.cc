@@ -32,50 +32,61 @@ struct dictionary {
 };
 constinit dictionary dict{};
 
-// The slot of a term's place.
-hash_slot *slot_of(uint32_t tag, size_t place) {
+tovan::hashed_text text_of(const sf_term &term) {
+    return {name_of(&term), term.name_length, term.tag};
+}
+
+// Fills the first free slot of a tag, for a term that has none.
+void fill_slot(hash_slot filled) {
+    auto is_taken = [](const hash_slot *) { return false; };
+    auto text = [filled] { return text_of(dict.terms[filled.at - 1]); };
+    *slot_for(&dict.places, filled.tag, is_taken, text) = filled;
+}
+
+// The slot of a term, or an empty one. An empty place may have been taken when
+// a term went to the tree.
+hash_slot *slot_of_term(size_t place) {
+    const sf_term &term = dict.terms[place];
     auto is_own = [place](const hash_slot *slot) {
         return slot->at == place + 1;
     };
-    return search(&dict.places, tag, is_own);
-}
-
-// Fills the first free slot of a tag.
-void fill_slot(hash_slot filled) {
-    auto is_taken = [](const hash_slot *) { return false; };
-    *search(&dict.places, filled.tag, is_taken) = filled;
+    hash_slot *slot = slot_for(&dict.places, term.tag, is_own,
+                               [&term] { return text_of(term); });
+    if (slot->at != 0 || dict.places.others == nullptr) return slot;
+    hash_slot *other = find_other(&dict.places, text_of(term));
+    return other != nullptr ? other : slot;
 }
 
 // The slots of the old table come in the order of their tags, and so they go
-// to the new one: both are walked from end to end, and no term is looked at.
+// to the new one: both are walked from end to end, and no term is looked at
+// but those of the tree.
 void grow() {
     dict.capacity = dict.capacity == 0 ? first_capacity : dict.capacity * 2;
     dict.terms = static_cast<sf_term *>(
         chkrealloc(dict.terms, dict.capacity * sizeof(sf_term)));
     hash_table old = dict.places;
     dict.places = tovan::new_hash_table(dict.capacity);
-    for (size_t i = 0; old.slots != nullptr && i <= old.mask; ++i) {
+    for (size_t i = 0, n = count_places(&old); i < n; ++i) {
         if (old.slots[i].at != 0) fill_slot(old.slots[i]);
     }
-    free(old.slots);
+    for (size_t i = 0; old.others != nullptr && i < dict.count; ++i) {
+        hash_slot *slot = slot_of_term(i);
+        if (slot->at == 0)
+            *slot = {dict.terms[i].tag, static_cast<uint32_t>(i + 1)};
+    }
+    free_hash_table(&old);
 }
 
-// Frees a slot: those behind it that searches would no longer reach move up.
-void free_slot(hash_slot *slot) {
-    const hash_table *table = &dict.places;
-    auto hole = static_cast<uint32_t>(slot - table->slots);
-    uint32_t next = hole;
-    while (true) {
-        next = (next + 1) & table->mask;
-        if (table->slots[next].at == 0) break;
-        uint32_t home = table->slots[next].tag >> table->shift;
-        bool is_reached =
-            ((next - home) & table->mask) < ((next - hole) & table->mask);
-        if (is_reached) continue;
-        table->slots[hole] = table->slots[next];
+// Frees a slot of the table: those behind it that searches would no longer
+// reach move up.
+void free_slot(hash_slot *hole) {
+    const hash_slot *slots = dict.places.slots;
+    for (hash_slot *next = hole + 1; next->at != 0; ++next) {
+        if (slots + (next->tag >> dict.places.shift) > hole) continue;
+        *hole = *next;
         hole = next;
     }
-    table->slots[hole] = {};
+    *hole = {};
 }
 
 }  // namespace
@@ -97,9 +108,14 @@ sf_term *tovan::find_term(const char *name, size_t length) {
         return term->name_length == length &&
                same_text(name_of(term), name, length);
     };
-    const hash_slot *slot =
-        search(&dict.places, text_tag(name, length), is_equal);
-    return slot->at != 0 ? &dict.terms[slot->at - 1] : nullptr;
+    hashed_text text = {name, length, text_tag(name, length)};
+    uint32_t at =
+        find_at(&dict.places, text.tag, is_equal, [&text] { return text; });
+    if (at == 0 && dict.places.others != nullptr) {
+        const hash_slot *other = find_other(&dict.places, text);
+        if (other != nullptr) at = other->at;
+    }
+    return at != 0 ? &dict.terms[at - 1] : nullptr;
 }
 
 void tovan::add_term(const char *name, size_t length, const dy *value,
@@ -122,12 +138,17 @@ void tovan::add_term(const char *name, size_t length, const dy *value,
 
 void tovan::remove_term(sf_term *term) {
     auto place = static_cast<size_t>(term - dict.terms);
-    free_slot(slot_of(term->tag, place));
+    hash_slot *slot = slot_of_term(place);
+    if (is_other(&dict.places, slot)) {
+        remove_other(&dict.places, text_of(*term));
+    } else {
+        free_slot(slot);
+    }
     if (!has_short_name(term)) free(term->long_name);
     free(term->value.buffer);
     size_t last = --dict.count;
     if (place == last) return;
-    slot_of(dict.terms[last].tag, last)->at = static_cast<uint32_t>(place + 1);
+    slot_of_term(last)->at = static_cast<uint32_t>(place + 1);
     dict.terms[place] = dict.terms[last];
 }
 

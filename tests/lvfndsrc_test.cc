@@ -1,4 +1,5 @@
 // lvfndsrc_test.cc: source files are found, and remembered.
+#include "support/crowd.h"
 #include "support/tree.h"
 #include "support/variables.h"
 
@@ -103,6 +104,19 @@ TEST_F(lvfndsrc_tree, thousands_of_sources_are_kept) {
         std::string name = "f" + std::to_string(i);
         ASSERT_STREQ(lvfndsrc(name.c_str(), nullptr), ("dir/" + name).c_str());
     }
+}
+
+TEST_F(lvfndsrc_tree, names_with_one_place_are_kept_and_replaced) {
+    std::vector<std::string> names = support::equal_places(300);
+    tovan::other_comparisons = 0;
+    for (const char *directory : {"old/", "new/"}) {
+        for (const std::string &name : names)
+            lvsvsrc((directory + name).c_str());
+        for (const std::string &name : names)
+            ASSERT_EQ(lvfndsrc(name.c_str(), ""), directory + name);
+    }
+    EXPECT_EQ(lvfndsrc((names[0] + "x").c_str(), nullptr), nullptr);
+    EXPECT_GT(tovan::other_comparisons, 0u);
 }
 
 TEST(lvfndsrc, recorded_sources_need_no_heap) {

@@ -1,5 +1,6 @@
 // lvheap_test.cc: sound heaps and hostile ones.
 #include "support/child.h"
+#include "support/crowd.h"
 #include "support/heap_image.h"
 #include "support/picture.h"
 #include "support/tree.h"
@@ -413,6 +414,37 @@ TEST(lvheap, names_with_equal_tags_are_told_apart) {
     support::load_variables({{name + "[*]", "short"}, {other + "[*]", "long"}});
     EXPECT_STREQ(lvvarmatch(0, name.c_str(), "x"), "short");
     EXPECT_STREQ(lvvarmatch(0, other.c_str(), "x"), "long");
+}
+
+// Loads and looks up; each text is compared with few others.
+void check_crowd(const std::vector<std::string> &names) {
+    std::vector<support::variable> variables;
+    for (const std::string &name : names) {
+        variables.push_back({name, "v" + name});
+        variables.push_back({name + "[a*]", "s" + name});
+        variables.push_back({name, "again"});
+    }
+    std::string bytes = support::heap_of(variables);
+    tovan::other_comparisons = 0;
+    support::load_heap(bytes);
+    for (const std::string &name : names) {
+        EXPECT_EQ(lvvar(name.c_str()), "v" + name);
+        EXPECT_EQ(lvvarmatch(0, name.c_str(), "ab"), "s" + name);
+        EXPECT_EQ(lvvarmatch(1, name.c_str(), "b"), "v" + name);
+        EXPECT_EQ(lvvar((name + "?").c_str()), nullptr);
+    }
+    EXPECT_GT(tovan::other_comparisons, names.size());
+    EXPECT_LT(tovan::other_comparisons, names.size() * 10 * 2 * 17);
+}
+
+TEST(lvheap, a_hundred_thousand_names_with_one_tag) {
+    check_crowd(support::equal_tags(100000));
+    support::load_variables({{"A", "1"}});
+    EXPECT_EQ(lvvar(support::equal_tags(80)[79].c_str()), nullptr);
+}
+
+TEST(lvheap, names_with_one_place) {
+    check_crowd(support::equal_places(500));
 }
 
 TEST(lvheap, texts_of_all_lengths_have_tags_of_their_own) {

@@ -1,5 +1,6 @@
 // map_root_test.cc: root maps, on a host of the test's own.
 #include "support/child.h"
+#include "support/crowd.h"
 #include "support/doc.h"
 #include "support/tree.h"
 
@@ -430,6 +431,21 @@ TEST(add_map, agrees_with_a_plain_list) {
         expected += " " + one.from + " " + one.to + "\n";
     }
     EXPECT_EQ(records(), expected);
+}
+
+TEST(add_map, a_hundred_thousand_paths_with_one_tag) {
+    std::vector<std::string> paths = support::equal_tags(100000);
+    tovan::other_comparisons = 0;
+    for (const char *to : {"/old", "/new"}) {
+        for (const std::string &path : paths)
+            add(3, path, to);
+    }
+    EXPECT_GT(tovan::other_comparisons, paths.size());
+    // Twice, and again as often while the index grows.
+    EXPECT_LT(tovan::other_comparisons, paths.size() * 6 * 2 * 17);
+    support::write_file(system_file, "");
+    EXPECT_EQ(mapped(paths[99999] + "/x"), "/new/x");
+    EXPECT_EQ(mapped(paths[0]), "/new");
 }
 
 double seconds_to_add(int first, int count) {

@@ -1,5 +1,6 @@
 // sfdict_test.cc: dictionary files and operations on names.
 #include "support/child.h"
+#include "support/crowd.h"
 #include "support/dictionary.h"
 #include "support/tree.h"
 
@@ -543,14 +544,15 @@ void apply(std::map<std::string, model_term> *model, const std::string &name,
         found->second = {*text, line};
 }
 
-TEST(sf_dictionary, random_operations_agree_with_a_map) {
+void check_random_operations(const std::vector<std::string> &names,
+                             int rounds) {
     support::empty_dictionary();
     std::mt19937 random(35);
     std::map<std::string, model_term> model;
     const char *const values[] = {"", "x", "y z", "@NotSet",
                                   "longer text here"};
-    for (int round = 0; round < 100000; ++round) {
-        std::string name = "n" + std::to_string(random() % 500);
+    for (int round = 0; round < rounds; ++round) {
+        const std::string &name = names[random() % names.size()];
         int operation = static_cast<int>(random() % 6);
         // Appending too often would make this quadratic.
         if (operation == op_append && random() % 4 != 0) operation = op_unset;
@@ -563,17 +565,29 @@ TEST(sf_dictionary, random_operations_agree_with_a_map) {
         ASSERT_EQ(value_of(name),
                   found == model.end() ? undefined : found->second.value);
         if (round % 10000 != 0) continue;
-        for (int i = 0; i < 500; ++i) {
-            name = "n" + std::to_string(i);
-            found = model.find(name);
+        for (const std::string &each : names) {
+            found = model.find(each);
             bool is_defined = found != model.end();
-            ASSERT_EQ(value_of(name),
+            ASSERT_EQ(value_of(each),
                       is_defined ? found->second.value : undefined);
-            ASSERT_EQ(place_of(name),
+            ASSERT_EQ(place_of(each),
                       is_defined ? "f:" + std::to_string(found->second.line)
                                  : undefined);
         }
     }
+}
+
+TEST(sf_dictionary, random_operations_agree_with_a_map) {
+    std::vector<std::string> names;
+    for (int i = 0; i < 500; ++i)
+        names.push_back("n" + std::to_string(i));
+    check_random_operations(names, 100000);
+}
+
+TEST(sf_dictionary, names_with_one_place_agree_with_a_map) {
+    tovan::other_comparisons = 0;
+    check_random_operations(support::equal_places(300), 50000);
+    EXPECT_GT(tovan::other_comparisons, 0u);
 }
 
 std::string definitions(int count) {
