@@ -12,7 +12,6 @@
 #include <string.h>
 #include <unistd.h>
 
-using tovan::heap_entry;
 using tovan::variable_heap;
 
 namespace {
@@ -54,14 +53,6 @@ void finish_source(const heap_source *source) {
     }
 }
 
-void export_variable(int, const heap_entry *entry) {
-    if ((tovan::entry_flags(entry) & tovan::heap_export_flag) == 0) return;
-    const char *name = tovan::entry_name(entry);
-    if (newexport(name, tovan::entry_value(entry)) != 0) {
-        errexit("export of kivs %s failed", name);
-    }
-}
-
 }  // namespace
 
 void lvget(int r, const char *d, int reload, const char *file, const char *c) {
@@ -74,7 +65,7 @@ void lvget(int r, const char *d, int reload, const char *file, const char *c) {
     tovan::read_heap(heap, source.descriptor, source.name);
     finish_source(&source);
     tovan::index_heap(heap, source.name);
-    tovan::for_each_entry(heap, export_variable);
+    tovan::export_variables(heap);
 }
 
 TOVAN_IDENT(lvget, "8.4", "26/11/21")

@@ -24,6 +24,10 @@ const char *variable_value(const char *name, size_t length);
 // messages.
 const char *pipe_name();
 
+// Puts the variables that are flagged for it into the environment.
+//   fails     "export of kivs %s failed": what came before it is exported
+void export_variables(const variable_heap *heap);
+
 // What lvsrcdirs() gave before belongs to an older heap.
 void outdate_source_directories();
 

@@ -254,13 +254,98 @@ TEST(lvget, exports_replace_what_was_set) {
     EXPECT_STREQ(getenv("EMPTY"), "");
 }
 
-TEST(lvget, thousands_of_variables_are_exported) {
+std::vector<std::string> ordered_environment() {
+    std::vector<std::string> all;
+    for (char **entry = environ; *entry != nullptr; ++entry)
+        all.emplace_back(*entry);
+    return all;
+}
+
+std::vector<support::variable> exported_variables(int count) {
     std::vector<support::variable> variables;
-    for (int i = 0; i < 2000; ++i)
-        variables.push_back({"V" + std::to_string(i), "x", 2});
-    support::load_variables(variables);
-    for (int i = 0; i < 2000; ++i)
-        ASSERT_STREQ(getenv(("V" + std::to_string(i)).c_str()), "x");
+    for (int i = 0; i < count; ++i) {
+        std::string name = "V" + std::to_string(i * 7919L % count);
+        variables.push_back({name, "x" + std::to_string(i), 2});
+    }
+    return variables;
+}
+
+// An environment with a name twice, one without a value and one of no sort.
+char odd_strings[][16] = {"V3=first",  "HOME=/",   "V3=second",
+                          "no_equals", "=no_name", "V70="};
+char *odd_environment[] = {odd_strings[0], odd_strings[1], odd_strings[2],
+                           odd_strings[3], odd_strings[4], odd_strings[5],
+                           nullptr};
+
+// Few go one by one, many at once: the environment is the same.
+TEST(lvget, any_number_of_exports_gives_what_setenv_gives) {
+    for (int count : {1, 64, 65, 66, 3000}) {
+        std::vector<support::variable> variables = exported_variables(count);
+        variables.push_back({"V5", "is not looked at", 2});
+        environ = odd_environment;
+        support::load_variables(variables);
+        std::vector<std::string> loaded = ordered_environment();
+        environ = odd_environment;
+        lvwalk(2, [](int, int, const char *name, const char *value) {
+            return setenv(name, value, 1);
+        });
+        EXPECT_EQ(loaded, ordered_environment()) << count;
+    }
+}
+
+TEST(lvget, exports_without_any_environment) {
+    environ = nullptr;
+    support::load_variables(exported_variables(100));
+    EXPECT_EQ(ordered_environment().size(), 100u);
+    EXPECT_STREQ(getenv("V0"), "x0");
+}
+
+TEST(lvget, the_environment_can_be_changed_after_many_exports) {
+    support::load_variables(exported_variables(100));
+    size_t before = ordered_environment().size();
+    setenv("V5", "changed", 1);
+    setenv("V_MORE", "y", 1);
+    unsetenv("V6");
+    EXPECT_EQ(ordered_environment().size(), before);
+    EXPECT_STREQ(getenv("V5"), "changed");
+    EXPECT_STREQ(getenv("V_MORE"), "y");
+    EXPECT_EQ(getenv("V6"), nullptr);
+    support::load_variables(exported_variables(100));
+    EXPECT_STRNE(getenv("V5"), "changed");
+    EXPECT_NE(getenv("V6"), nullptr);
+}
+
+TEST(lvget, a_name_that_cannot_be_exported_ends_the_load) {
+    for (int count : {0, 100}) {
+        for (const char *name : {"", "A=B", "="}) {
+            support::heap_image image;
+            for (int i = 0; i < count; ++i)
+                image.add_to(0, "V" + std::to_string(i), "x", 2);
+            image.add_to(1, name, "y", 2);
+            image.add_to(2, "BEHIND", "z", 2);
+            support::outcome end = support::in_child([&image] {
+                set_exit_rtn([](int) {
+                    fputs(getenv("V0") != nullptr ? "V0\n" : "", stderr);
+                    fputs(getenv("BEHIND") != nullptr ? "BEHIND\n" : "",
+                          stderr);
+                });
+                support::load_heap(image.bytes());
+            });
+            EXPECT_EQ(end.err, std::string("test: export of kivs ") + name +
+                                   " failed\n" + (count > 0 ? "V0\n" : ""));
+        }
+    }
+}
+
+// One by one they would take 10^10 comparisons.
+TEST(lvget, a_hundred_thousand_variables_are_exported) {
+    support::load_variables(exported_variables(100000));
+    EXPECT_STREQ(environ[ordered_environment().size()], nullptr);
+    std::set<std::string> all = environment();
+    for (int i = 0; i < 100000; i += 997) {
+        std::string name = "V" + std::to_string(i * 7919L % 100000);
+        EXPECT_EQ(all.count(name + "=x" + std::to_string(i)), 1u) << name;
+    }
 }
 
 TEST(lvget, nothing_is_exported_from_a_damaged_heap) {
