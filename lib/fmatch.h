@@ -1,5 +1,5 @@
 // fmatch.h: file-name patterns.
-// Builds on: chkalloc.h, rxpcomp.h.
+// Builds on: rxpcomp.h.
 //
 // In a pattern
 //
@@ -20,8 +20,9 @@
 // 10000 of them, and fewer when the pattern is longer than a kilobyte. Out of
 // memory, which only long matches of patterns with braces need, ends the
 // process (nocore).
-// Time: at most pattern x subject x (1 + braces), and the reports; while the
-// trace is on, all ways are walked.
+// Time: at most pattern x subject x (1 + braces), and the reports. Where the
+// ends of braces are found in different places, at most pattern x subject^2 x
+// braces x 5. While the trace is on, all ways are walked.
 #ifndef TOVAN_FMATCH_H
 #define TOVAN_FMATCH_H
 

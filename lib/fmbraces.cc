@@ -5,6 +5,7 @@
 #include "private_fmatch.h"
 #include "private_fmbraces.h"
 #include "private_fmfind.h"
+#include "private_fmgraph.h"
 #include "private_fmreport.h"
 
 #include <string.h>
@@ -28,17 +29,21 @@
 // remembered: a star as a whole, and each step behind the end of a brace,
 // where the ways through its alternatives meet again. All stretches between
 // those are walked once for each position. A step that reported an error is
-// not remembered, since it has to report it again, as long as anyone may want
-// to read on: "*a*a*a*{{{{{{" reports once for each way to match its stars.
+// not remembered, since it has to report it again.
+//
+// Two kinds of patterns would still take too long, and are left to another
+// way of matching (fmgraph.cc), which is silent: those that report on more
+// ways than there is time for, "*a*a*a*{{{{{{"; and those whose braces are
+// left open behind their ends, so that steps can be taken with any of many
+// braces open.
 
 using namespace tovan;
 
 constinit size_t tovan::brace_steps = 0;
 
 // Chosen: errors are reported once for each way that leads to them, up to
-// this number; behind it they are not shown any more, and what led to them is
-// remembered too. There may be more ways than there is time for, and nothing
-// is to be learnt from so many reports.
+// this number. There may be more ways than there is time for, and nothing is
+// to be learnt from so many reports.
 constinit size_t tovan::most_brace_reports = 10000;
 
 namespace {
@@ -66,7 +71,7 @@ void brace_matcher::trace(const char *sign) {
     show_step(sign, mark, level, open.depth, pattern, subject, close_below(0));
 }
 
-bool brace_matcher::may_report() const {
+bool brace_matcher::may_report() {
     size_t waiting = steps < long_match ? 0 : steps / steps_for_report;
     return weight + waiting <= most_brace_reports;
 }
@@ -239,17 +244,27 @@ bool brace_matcher::try_place(choice *newest) {
 
 // All tries of a choice have failed.
 void brace_matcher::remember(const choice &spent) {
-    if (spent.reports != reports && may_report()) return;
-    if (spent.mark == by_alternative) return;
-    size_t at = offset(spent.start);
-    if (spent.mark == end_of_brace) {
-        memory.add_step(spent.pattern, spent.open, at);
-    } else {
-        memory.add_star(spent.pattern, spent.open, at);
+    if (spent.reports == reports && spent.mark != by_alternative) {
+        size_t at = offset(spent.start);
+        if (spent.mark == end_of_brace) {
+            memory.add_step(spent.pattern, spent.open, at);
+        } else {
+            memory.add_star(spent.pattern, spent.open, at);
+        }
     }
+    if (most_remembered == 0) most_remembered = places();
+    gives_up = !may_report() || memory.used > most_remembered;
 }
 
-// Starts the next step; false when there is nothing left to try.
+// What there is to remember when each place of the pattern is reached with
+// the same braces open.
+size_t brace_matcher::places() {
+    constexpr size_t at_least = 1000;
+    size_t words = strlen(as_string(origin)) / bits_of_memory + 2;
+    return at_least + strlen(as_string(whole)) * words;
+}
+
+// Starts the next step; false when nothing is left to try, or too much.
 bool brace_matcher::next_try() {
     for (; choices.count > 0; --choices.count) {
         choice *newest = &choices.each[choices.count - 1];
@@ -262,7 +277,9 @@ bool brace_matcher::next_try() {
             remembering = ++steps > patience && !traced;
             return true;
         }
-        if (remembering) remember(*newest);
+        if (!remembering) continue;
+        remember(*newest);
+        if (gives_up) break;
     }
     return false;
 }
@@ -280,11 +297,14 @@ bool brace_matcher::next_try() {
 
 bool tovan::match_braces(text_pointer whole, text_pointer p, text_pointer f,
                          text_pointer again_p, text_pointer again_f) {
-    if (again_p == nullptr) return brace_matcher(whole, p, f, f, false).run();
-    brace_matcher matcher(whole, p, f, again_f, false);
-    matcher.leave_choice(mark_of_star(*again_p, false), again_p, again_f,
-                         no_limit);
-    return matcher.run();
+    brace_matcher matcher(whole, p, f, again_p != nullptr ? again_f : f, false);
+    if (again_p != nullptr) {
+        matcher.leave_choice(mark_of_star(*again_p, false), again_p, again_f,
+                             no_limit);
+    }
+    bool matches = matcher.run();
+    if (!matcher.gives_up) return matches;
+    return match_in_graph(whole, p, f, again_p, again_f);
 }
 
 bool tovan::match_traced(text_pointer whole, text_pointer f) {

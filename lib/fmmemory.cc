@@ -4,7 +4,6 @@
 #include "chkalloc.h"
 #include "ident.h"
 
-#include <limits.h>
 #include <stdlib.h>
 #include <string.h>
 
@@ -13,7 +12,7 @@ using namespace tovan;
 namespace {
 
 constexpr size_t first_capacity = 64;
-constexpr size_t bits = sizeof(size_t) * CHAR_BIT;
+constexpr size_t bits = bits_of_memory;
 constexpr size_t star_mark = SIZE_MAX;  // no subject has so many words
 
 // Odd and without pattern: the fraction of the golden ratio.
@@ -95,7 +94,7 @@ bool failure_memory::step_fails(text_pointer pattern, const brace_stack &open,
 
 void failure_memory::add_step(text_pointer pattern, const brace_stack &open,
                               size_t at) {
-    added(pattern, open, at / bits)->value |= size_t{1} << at % bits;
+    added(pattern, open, at / bits)->value |= uint64_t{1} << at % bits;
 }
 
 size_t failure_memory::star_fails_from(text_pointer pattern,

@@ -48,6 +48,8 @@ struct brace_matcher {
     size_t steps = 0;
     bool remembering = false;
     failure_memory memory = {};
+    size_t most_remembered = 0;  // 0: not known yet
+    bool gives_up = false;
 
     bool run();
     bool walk();
@@ -65,11 +67,12 @@ struct brace_matcher {
     bool try_place(choice *newest);
     void remember(const choice &spent);
     text_pointer close_below(int levels);
-    bool may_report() const;
+    size_t places();
+    bool may_report();
     bool shows_report();
     void trace(const char *sign);
 
-    size_t offset(text_pointer position) const {
+    size_t offset(text_pointer position) {
         return static_cast<size_t>(position - origin);
     }
 };

@@ -26,6 +26,9 @@ struct brace_stack {
     }
 };
 
+// Places of the subject in an entry.
+constexpr size_t bits_of_memory = 64;
+
 // What fails is known by the position in the pattern and the open braces, and
 //   - for a star, by the first byte of the subject from which it fails: then
 //     it fails from all later ones;
@@ -45,7 +48,7 @@ struct failure_memory {
         text_pointer pattern;  // null: the entry is free
         size_t word;           // of bits, or the mark of a star
         brace_stack open;
-        size_t value;
+        uint64_t value;
     };
 
     entry *slot_of(text_pointer pattern, const brace_stack &open, size_t word);

@@ -1,5 +1,5 @@
 // fmatch_test.cc: file-name patterns.
-#include "../lib/private_fmatch.h"
+#include "../lib/private_fmgraph.h"
 #include "support/child.h"
 #include "support/slow_fmatch.h"
 
@@ -488,13 +488,39 @@ TEST(fmatch_reports, come_once_for_each_way_up_to_ten_thousand) {
 }
 
 TEST(fmatch_reports, of_long_patterns_are_fewer) {
-    for (size_t n : {1000u, 2000u, 50000u}) {
+    for (size_t n : {2000u, 50000u}) {
         std::string pattern = std::string("*") + too_deep + std::string(n, 'x');
         size_t most = 10000 / (1 + pattern.size() / 1024);
         size_t reports = reports_of(pattern, std::string(20000, 'a'));
         EXPECT_LE(reports, most);
         EXPECT_GE(reports, most / 2);
     }
+}
+
+int match_in_graph(const std::string &pattern, const std::string &subject) {
+    auto p = reinterpret_cast<tovan::text_pointer>(pattern.c_str());
+    auto f = reinterpret_cast<tovan::text_pointer>(subject.c_str());
+    return tovan::match_in_graph(p, p, f, nullptr, nullptr);
+}
+
+// What takes over when there is too much to report or to remember.
+TEST(fmatch_second_opinion, matching_in_a_graph) {
+    std::mt19937 random(7);
+    int matches = 0;
+    for (int i = 0; i < 40000; ++i) {
+        std::string pattern =
+            random_text(&random, i % 2 ? "ab*{,}[" : "ab*{{,}}?[]\\^-", 14);
+        if (!pattern.empty() && pattern[0] == '!') continue;
+        std::string subject = random_text(&random, "aab,}]", 7);
+        support::slow_fmatch slow(false);
+        slow.most_steps = 100000;
+        int expected = slow.match(subject, pattern);
+        if (slow.gave_up()) continue;
+        EXPECT_EQ(match_in_graph(pattern, subject), expected)
+            << pattern << " against " << subject;
+        matches += expected;
+    }
+    EXPECT_GT(matches, 1000);
 }
 
 TEST(fmatch_reports, behind_the_last_results_stay_exact) {
@@ -590,6 +616,24 @@ TEST(fmatch_bounds, steps_stay_below_their_bound_with_errors_on_all_ways) {
             EXPECT_LE(steps,
                       pattern.size() * (n + 1) * (1 + braces) + reporting)
                 << pattern << " " << n;
+        }
+    }
+}
+
+// Any five of their braces may be open at the end.
+TEST(fmatch_bounds, braces_left_open_do_not_multiply_steps) {
+    errors_kept errors;
+    for (const char *unit :
+         {"*[*}[]*]*{,[", "*{,{,*[{[}}]*?", "{,]^^[,}*{],"}) {
+        for (size_t n : {5u, 10u, 20u}) {
+            std::string pattern = repeated(unit, n) + "z";
+            for (const char *texts : {"]}", "a", "],", "[a]"}) {
+                std::string subject = repeated(texts, 2 * n);
+                size_t places = pattern.size() * (subject.size() + 1);
+                EXPECT_LE(steps_of(pattern, subject),
+                          3 * places * (subject.size() + 1) + 1000000)
+                    << pattern << " " << texts;
+            }
         }
     }
 }
