@@ -1,5 +1,6 @@
 // driver_test.cc: a test program in C on the driver, run as its users run it.
 #include "support/child.h"
+#include "support/program.h"
 
 #include <gtest/gtest.h>
 
@@ -15,16 +16,10 @@ struct row {
 };
 
 void check(const std::vector<row> &rows) {
-    for (const row &expected : rows) {
-        std::vector<std::string> words = expected.words;
+    for (const row &each : rows) {
+        std::vector<std::string> words = each.words;
         words.insert(words.begin(), program);
-        support::outcome end = support::run_program(words);
-        std::string line;
-        for (const std::string &word : expected.words)
-            line += word + " ";
-        EXPECT_EQ(end.out, expected.out) << line;
-        EXPECT_EQ(end.err, expected.err) << line;
-        EXPECT_EQ(end.exit_status, expected.status) << line;
+        support::check_run(words, "", {each.out, each.err, each.status});
     }
 }
 

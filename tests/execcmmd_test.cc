@@ -1,6 +1,7 @@
 // execcmmd_test.cc: becoming a command, candidate by candidate.
 #include "support/child.h"
-#include "support/script.h"
+#include "support/program.h"
+#include "support/tree.h"
 
 #include <dlfcn.h>
 #include <errno.h>

@@ -1,6 +1,7 @@
 // execstr_test.cc: running a command line.
 #include "support/child.h"
-#include "support/script.h"
+#include "support/program.h"
+#include "support/tree.h"
 
 #include <gtest/gtest.h>
 #include <stdio.h>

@@ -1,6 +1,7 @@
 // forkcmmd_test.cc: a command in a child.
 #include "support/child.h"
-#include "support/script.h"
+#include "support/program.h"
+#include "support/tree.h"
 
 #include <dirent.h>
 #include <errno.h>

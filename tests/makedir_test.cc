@@ -1,6 +1,7 @@
 // makedir_test.cc: directories by command.
 #include "support/child.h"
-#include "support/script.h"
+#include "support/program.h"
+#include "support/tree.h"
 
 #include <errno.h>
 #include <gtest/gtest.h>

@@ -2,8 +2,9 @@
 #include "support/child.h"
 #include "support/heap_image.h"
 #include "support/picture.h"
-#include "support/script.h"
+#include "support/program.h"
 #include "support/traces.h"
+#include "support/tree.h"
 
 #include <gtest/gtest.h>
 #include <stdlib.h>
@@ -11,6 +12,7 @@
 #include <tovan/execstr.h>
 #include <tovan/trait.h>
 #include <unistd.h>
+#include <filesystem>
 #include <map>
 #include <sstream>
 

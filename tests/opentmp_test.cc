@@ -1,7 +1,8 @@
 // opentmp_test.cc: temporary files after a model, with a process id and
 // system calls of the test's own.
 #include "support/child.h"
-#include "support/script.h"
+#include "support/program.h"
+#include "support/tree.h"
 
 #include <errno.h>
 #include <fcntl.h>

@@ -1,7 +1,8 @@
 // trait_test.cc: per-host settings.
 #include "support/child.h"
 #include "support/heap_image.h"
-#include "support/script.h"
+#include "support/program.h"
+#include "support/tree.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>

@@ -1,6 +1,7 @@
 // vop_ar_test.cc: members of archives on the command line.
 #include "support/ar_image.h"
 #include "support/child.h"
+#include "support/program.h"
 #include "support/tree.h"
 
 #include <gtest/gtest.h>
@@ -22,17 +23,10 @@ struct row {
 };
 
 void check(const std::vector<row> &rows) {
-    for (const row &expected : rows) {
+    for (const row &each : rows) {
         std::vector<std::string> words = {program, "ar"};
-        std::string command;
-        for (const std::string &word : expected.words) {
-            words.push_back(word);
-            command += word + " ";
-        }
-        support::outcome end = support::run_program(words);
-        EXPECT_EQ(end.out, expected.out) << command;
-        EXPECT_EQ(end.err, expected.err) << command;
-        EXPECT_EQ(end.exit_status, expected.status) << command;
+        words.insert(words.end(), each.words.begin(), each.words.end());
+        support::check_run(words, "", {each.out, each.err, each.status});
     }
 }
 

@@ -1,6 +1,7 @@
 // vop_tmp_test.cc: temporary files and directories on the command line.
 #include "support/child.h"
-#include "support/script.h"
+#include "support/program.h"
+#include "support/tree.h"
 
 #include <gtest/gtest.h>
 #include <stdlib.h>
