@@ -273,9 +273,14 @@ TEST_F(kivs_tree, output_that_cannot_be_written_is_reported) {
     end = support::run_program({"sh", "-c", program + " -p one >/dev/full"});
     EXPECT_EQ(end.exit_status, 255);
     EXPECT_EQ(end.err, "kivs: standard output: No space left on device\n");
-    end = support::run_program({"sh", "-c", program + " --help >/dev/full"});
-    EXPECT_EQ(end.exit_status, 255);
-    EXPECT_EQ(end.err, "kivs: standard output: No space left on device\n");
+    for (const char *words : {"--help", "--version", "-x", "-V x", "-l heap"}) {
+        EXPECT_EQ(kivs({"-oheap", "one"}).exit_status, 0);
+        end = support::run_program(
+            {"sh", "-c", program + " " + words + " >/dev/full"});
+        EXPECT_EQ(end.exit_status, 255) << words;
+        EXPECT_EQ(end.err, "kivs: standard output: No space left on device\n")
+            << words;
+    }
 }
 
 TEST_F(kivs_tree, lists_a_file_or_standard_input) {

@@ -1,6 +1,7 @@
 // vop_fix_test.cc: dictionaries and fixed files on the command line.
 #include "support/child.h"
 #include "support/doc.h"
+#include "support/program.h"
 #include "support/tree.h"
 
 #include <gtest/gtest.h>
@@ -8,6 +9,8 @@
 #include <stdlib.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -28,21 +31,12 @@ struct row {
     int status;
 };
 
-support::outcome vop(std::vector<std::string> words,
-                     const std::string &input = "") {
-    words.insert(words.begin(), program);
-    return support::run_program(words, input);
-}
-
 void check(const std::vector<row> &rows) {
-    for (const row &expected : rows) {
-        support::outcome end = vop(expected.words, expected.input);
-        std::string command;
-        for (const std::string &word : expected.words)
-            command += word + " ";
-        EXPECT_EQ(end.out, expected.out) << command;
-        EXPECT_EQ(end.err, expected.err) << command;
-        EXPECT_EQ(end.exit_status, expected.status) << command;
+    for (const row &each : rows) {
+        std::vector<std::string> words = each.words;
+        words.insert(words.begin(), program);
+        support::check_run(words, each.input,
+                           {each.out, each.err, each.status});
     }
 }
 
@@ -343,6 +337,47 @@ TEST(vop_dict, value_doubled_40_times_runs_out_of_memory) {
     std::string last = "vop: Ran out of memory\n";
     ASSERT_GE(end.err.size(), last.size()) << end.err;
     EXPECT_EQ(end.err.substr(end.err.size() - last.size()), last);
+}
+
+// Runs vop with an input that does not come, until its new file is there.
+pid_t start_waiting(bool ignores_hangup) {
+    unlink("input");
+    EXPECT_EQ(mkfifo("input", 0600), 0);
+    pid_t child = fork();
+    if (child == 0) {
+        if (ignores_hangup) signal(SIGHUP, SIG_IGN);
+        execl(program.c_str(), "vop", "fix", "-o", "out", "input", nullptr);
+        _exit(127);
+    }
+    while (!is_unfinished_left() && waitpid(child, nullptr, WNOHANG) == 0)
+        usleep(1000);
+    return child;
+}
+
+TEST(vop_fix, signals_leave_no_unfinished_file) {
+    support::write_file("out", "old");
+    for (int number : {SIGHUP, SIGINT, SIGTERM}) {
+        pid_t child = start_waiting(false);
+        EXPECT_TRUE(is_unfinished_left());
+        kill(child, number);
+        int status = 0;
+        ASSERT_EQ(waitpid(child, &status, 0), child);
+        EXPECT_TRUE(WIFSIGNALED(status));
+        EXPECT_EQ(WTERMSIG(status), number);
+        EXPECT_FALSE(is_unfinished_left());
+        EXPECT_EQ(support::read_file("out"), "old");
+    }
+}
+
+TEST(vop_fix, an_ignored_signal_stays_ignored) {
+    pid_t child = start_waiting(true);
+    kill(child, SIGHUP);
+    support::write_file("input", "text\n");
+    int status = -1;
+    ASSERT_EQ(waitpid(child, &status, 0), child);
+    EXPECT_EQ(status, 0);
+    EXPECT_FALSE(is_unfinished_left());
+    EXPECT_EQ(support::read_file("out"), "text\n");
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 // subcommand the command, what it writes to both outputs, and its status.
 #include "support/child.h"
 #include "support/heap_image.h"
+#include "support/program.h"
 #include "support/traces.h"
 #include "support/tree.h"
 
@@ -31,14 +32,11 @@ support::outcome vop(std::vector<std::string> words,
 }
 
 void check(const std::vector<row> &rows) {
-    for (const row &expected : rows) {
-        support::outcome end = vop(expected.words, expected.input);
-        std::string command;
-        for (const std::string &word : expected.words)
-            command += word + " ";
-        EXPECT_EQ(end.out, expected.out) << command;
-        EXPECT_EQ(end.err, expected.err) << command;
-        EXPECT_EQ(end.exit_status, expected.status) << command;
+    for (const row &each : rows) {
+        std::vector<std::string> words = each.words;
+        words.insert(words.begin(), program);
+        support::check_run(words, each.input,
+                           {each.out, each.err, each.status});
     }
 }
 
@@ -443,6 +441,27 @@ TEST(vop, a_full_disk_is_noticed) {
     end = support::run_program({"sh", "-c", program + " expr 1 >&-"});
     EXPECT_EQ(end.err, "vop: standard output: Bad file descriptor\n");
     EXPECT_EQ(end.exit_status, 255);
+}
+
+TEST(vop, reports_output_that_is_lost_on_every_way_out) {
+    prepare_heap();
+    for (const char *words :
+         {"-V x", "-x", "--help", "--version", "help", "help rx", "rx -x",
+          "vars -V x", "expand text", "expr 1", "vars", "srcs main.c",
+          "glob '/*'", "path a", "rx a src/../heap", "run -n true"}) {
+        support::check_run(
+            {"sh", "-c", program + " " + words + " >/dev/full"}, "",
+            {"", "vop: standard output: No space left on device\n", 255});
+    }
+}
+
+TEST(vop, says_nothing_about_output_that_it_does_not_write) {
+    support::check_run({"sh", "-c", program + " match a a >/dev/full"}, "",
+                       {"", "", 0});
+    support::check_run({"sh", "-c", program + " match a b >/dev/full"}, "",
+                       {"", "", 1});
+    support::check_run({"sh", "-c", program + " run true >&-"}, "",
+                       {"", "", 0});
 }
 
 }  // namespace

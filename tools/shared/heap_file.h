@@ -9,8 +9,7 @@
 namespace tools {
 
 // Writes a heap beside the file's place and moves it there: readers see the
-// old file or the new one, whole. The tool's exit hook is taken for the
-// removal of what is unfinished.
+// old file or the new one, whole.
 //   permissions  of the new file, whatever the umask is
 //   fails     ends the tool: "FILE: ..."; the old file is as it was
 //   edge      a device or a pipe is refused: moving a file there would take
