@@ -204,7 +204,7 @@ bool read_to_bracket(stretch *now) {
         auto length = static_cast<size_t>(now->end - now->next);
         auto *at = static_cast<const char *>(memchr(now->next, '@', length));
         const char *plain_end = at != nullptr ? at : now->end;
-        add_plain(now, plain_end);
+        if (now->next < plain_end) add_plain(now, plain_end);
         now->next = plain_end;
         if (at != nullptr && !read_simple_reference(now)) return true;
     }

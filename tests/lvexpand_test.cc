@@ -228,6 +228,14 @@ TEST(lvexpand, keeps_what_the_output_holds) {
     free(output.buffer);
 }
 
+TEST(lvexpand, an_output_grows_by_what_is_appended_alone) {
+    support::load_variables({{"A", std::string(100, 'a')}});
+    dy output{};
+    lvexpand("@A", &output, "f", 0);
+    EXPECT_EQ(output.capacity, 128);
+    free(output.buffer);
+}
+
 TEST(lvexpand, keeps_file_and_line_for_messages) {
     support::load_variables({});
     expansion_of("x", "vopfile", 12);
