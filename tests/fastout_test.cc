@@ -3,6 +3,7 @@
 #include "support/child.h"
 #include "support/tree.h"
 
+#include <dlfcn.h>
 #include <errno.h>
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -15,6 +16,22 @@
 #include <tovan/fastout.h>
 #include <unistd.h>
 #include <string>
+
+namespace {
+
+bool fdopen_fails = false;
+
+}  // namespace
+
+extern "C" FILE *fdopen(int descriptor, const char *mode) noexcept {
+    if (fdopen_fails) {
+        errno = ENOMEM;
+        return nullptr;
+    }
+    using opener = FILE *(*)(int, const char *);
+    static auto real = reinterpret_cast<opener>(dlsym(RTLD_NEXT, "fdopen"));
+    return real(descriptor, mode);
+}
 
 namespace {
 
@@ -99,6 +116,34 @@ TEST(fo_put, a_long_string_goes_out_in_blocks_of_2048) {
     fo_flush(out);
     EXPECT_EQ(support::read_file("out"), text);
     release(out);
+}
+
+TEST(fo_put, each_block_is_one_write) {
+    int ends[2];
+    ASSERT_EQ(pipe2(ends, O_DIRECT), 0);  // a read gets what one write wrote
+    fo *out = fo_init(ends[1], nullptr);
+    std::string text(5000, 'x');
+    fo_put(out, 1, text.c_str(), 0);
+    fo_flush(out);
+    release(out);
+    char bytes[4096];
+    EXPECT_EQ(read(ends[0], bytes, sizeof bytes), 2048);
+    EXPECT_EQ(read(ends[0], bytes, sizeof bytes), 2048);
+    EXPECT_EQ(read(ends[0], bytes, sizeof bytes), 904);
+    EXPECT_EQ(read(ends[0], bytes, sizeof bytes), 0);
+    close(ends[0]);
+}
+
+// A hook that writes what was collected sees all of it.
+TEST(fo_put, counts_everything_when_it_ends_the_process) {
+    static fo *out;
+    support::outcome end = support::in_child([] {
+        out = fo_init(STDOUT_FILENO, nullptr);
+        set_exit_rtn([](int) { fo_flush(out); });
+        fo_put(out, 1, "text ", 6, -12, 2, '\n', 99, 0);
+    });
+    EXPECT_EQ(end.out, "text -12\n");
+    EXPECT_EQ(end.exit_status, 255);
 }
 
 TEST(fo_put, items_across_the_block_end_are_whole) {
@@ -250,6 +295,18 @@ TEST(fopenfix, leaves_other_modes_to_fopen) {
 TEST(fopenfix, a_failed_open_gives_null) {
     EXPECT_EQ(fopenfix("none/f", "a"), nullptr);
     EXPECT_EQ(errno, ENOENT);
+}
+
+TEST(fopenfix, a_failed_fdopen_closes_the_descriptor) {
+    int before = dup(0);
+    close(before);
+    fdopen_fails = true;
+    EXPECT_EQ(fopenfix("f", "a"), nullptr);
+    EXPECT_EQ(errno, ENOMEM);
+    fdopen_fails = false;
+    int after = dup(0);
+    close(after);
+    EXPECT_EQ(after, before);
 }
 
 }  // namespace
