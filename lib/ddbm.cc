@@ -62,11 +62,11 @@ bool read_page_size(int dir_fd, int *page_kb, int32_t *dir_bits) {
     return true;
 }
 
-// A handle with an empty page and the rest behind it, all in one block.
+// A handle with its page, the rest, and room for a second page, in one block.
 dbm_handle *new_handle(int page_kb) {
     int page_size = page_kb * 1024;
-    size_t size = sizeof(dbm_handle) + static_cast<size_t>(page_size) +
-                  sizeof(tovan::handle_rest);
+    size_t size = sizeof(dbm_handle) + sizeof(tovan::handle_rest) +
+                  2 * static_cast<size_t>(page_size);
     auto *db = static_cast<dbm_handle *>(calloc(1, size));
     if (db == nullptr) {
         errno = ENOMEM;
@@ -74,6 +74,8 @@ dbm_handle *new_handle(int page_kb) {
     }
     db->page_size = page_size;
     db->page = reinterpret_cast<unsigned char *>(db + 1);
+    tovan::handle_rest *rest = tovan::rest_of(db);
+    rest->before = reinterpret_cast<unsigned char *>(rest + 1);
     db->dir_block_no = -1;
     db->page_no = -1;
     return db;

@@ -12,6 +12,9 @@
 //                          for there any more
 //     3. the old half
 //
+// A write that fails may have put the beginning of a page over the old one:
+// then what was there is written again, as far as the system lets us.
+//
 // The pair that is stored goes into its half before that is written. If it
 // does not fit there either, that half is split next, up to ten times. A pair
 // that is to be replaced is carried along until the write that brings the new
@@ -82,14 +85,41 @@ step refuse() {
     return step::refused;
 }
 
+// Writes the page in the buffer.
+//   before    what the file holds of it, or as good
+bool write_over(dbm_handle *db, const unsigned char *before) {
+    if (tovan::write_page(db, db->page_no, db->page)) return true;
+    int reason = errno;
+    tovan::write_page(db, db->page_no, before);
+    errno = reason;
+    return false;
+}
+
 // Whether memory and the file agree on the page in the buffer is not known.
 step fail(dbm_handle *db) {
     tovan::forget_page(db);
     return step::failed;
 }
 
-step write_current(dbm_handle *db) {
+void keep_page(dbm_handle *db) {
+    memcpy(tovan::rest_of(db)->before, db->page,
+           static_cast<size_t>(db->page_size));
+}
+
+// Writes a page from which a pair was removed; it was kept before.
+step write_changed(dbm_handle *db) {
+    return write_over(db, tovan::rest_of(db)->before) ? step::done : fail(db);
+}
+
+// Writes a page to which a pair was added. Without it in the count, the page
+// is as good as it was.
+step write_longer(dbm_handle *db) {
     if (tovan::write_page(db, db->page_no, db->page)) return step::done;
+    page at = tovan::current_page(db);
+    tovan::remove_pair(at, tovan::entry_count(at) - 1);
+    int reason = errno;
+    tovan::write_page(db, db->page_no, db->page);
+    errno = reason;
     return fail(db);
 }
 
@@ -153,8 +183,7 @@ step put_into_half(page half, const arrival &pair) {
 // Writes both halves of a page and the bit between them.
 bool write_halves(dbm_handle *db, int32_t new_page) {
     return tovan::write_page(db, new_page, db->split_new) &&
-           tovan::set_leaf_bit(db) &&
-           tovan::write_page(db, db->page_no, db->page);
+           tovan::set_leaf_bit(db) && write_over(db, db->split_copy);
 }
 
 // Splits the page in the buffer; the half of the arriving pair is there then.
@@ -200,9 +229,11 @@ step make_room(dbm_handle *db, const arrival &pair) {
 }
 
 step store(dbm_handle *db, const arrival &pair) {
+    if (pair.replaces) keep_page(db);
     step put = put_arrival(tovan::current_page(db), pair);
-    if (put == step::done) return write_current(db);
-    return put == step::goes_on ? make_room(db, pair) : put;
+    if (put == step::goes_on) return make_room(db, pair);
+    if (put == step::refused) return put;
+    return pair.replaces ? write_changed(db) : write_longer(db);
 }
 
 // What a caller is told.
@@ -235,8 +266,9 @@ int dbm_delete(dbm_handle *db, dbm_datum key) {
     int i = tovan::find_pair(at, key);
     if (i == 0) return -1;
     if (!tovan::can_remove(at, i)) return result_of(db, refuse());
+    keep_page(db);
     tovan::remove_pair(at, i);
-    return result_of(db, write_current(db));
+    return result_of(db, write_changed(db));
 }
 
 TOVAN_IDENT(ddbmstor, "8.4", "26/11/22")

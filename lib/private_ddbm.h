@@ -38,6 +38,7 @@ struct read_ahead {
 struct handle_rest {
     unsigned char *directory[directory_chunks];
     read_ahead ahead;
+    unsigned char *before;  // a page as it was before a pair was removed
 };
 
 inline handle_rest *rest_of(dbm_handle *db) {
@@ -86,7 +87,7 @@ bool load_page(dbm_handle *db, int32_t page);
 bool read_page(dbm_handle *db, int32_t page);
 
 // Writes a page; what was read ahead is worth nothing then.
-//   fails     false with errno: what the file holds is not known
+//   fails     false with errno: the file may hold the beginning of it
 bool write_page(dbm_handle *db, int32_t page, const unsigned char *bytes);
 
 // The buffer holds no page any more.

@@ -24,7 +24,8 @@ ssize_t read_full(int descriptor, void *buffer, size_t count);
 // Writes everything; 0, or -1 with errno.
 int write_full(int descriptor, const void *bytes, size_t count);
 
-// The same at an offset of a file; its position stays.
+// The same at an offset of a file; its position stays. Reading leaves errno as
+// it was, also when a signal has come between.
 ssize_t read_at(int descriptor, void *buffer, size_t count, off_t offset);
 int write_at(int descriptor, const void *bytes, size_t count, off_t offset);
 

@@ -57,9 +57,13 @@ ssize_t tovan::read_at(int descriptor, void *buffer, size_t count,
                        off_t offset) {
     char *next = static_cast<char *>(buffer);
     size_t left = count;
+    int before = errno;
     while (left > 0) {
         ssize_t got = pread(descriptor, next, left, offset);
-        if (got == -1 && errno == EINTR) continue;
+        if (got == -1 && errno == EINTR) {
+            errno = before;
+            continue;
+        }
         if (got == -1) return -1;
         if (got == 0) break;
         next += got;
