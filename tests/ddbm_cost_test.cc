@@ -28,9 +28,9 @@ struct traffic {
 
 class ddbm_cost : public testing::Test {
   protected:
-    void watch(dbm_handle *db) {
-        support::on_call = [this, db](const support::system_call &call) {
-            count(db, call);
+    void watch(const dbm_handle *db) {
+        support::on_call = [this, at = *db](const support::system_call &call) {
+            count(at, call);
             return support::goes_through;
         };
     }
@@ -41,9 +41,9 @@ class ddbm_cost : public testing::Test {
     traffic seen;
 
   private:
-    void count(dbm_handle *db, const support::system_call &call) {
-        bool is_page = call.descriptor == db->pag_fd;
-        bool is_directory = call.descriptor == db->dir_fd;
+    void count(const dbm_handle &db, const support::system_call &call) {
+        bool is_page = call.descriptor == db.pag_fd;
+        bool is_directory = call.descriptor == db.dir_fd;
         if (call.kind == call_kind::malloc || call.kind == call_kind::mmap)
             return;
         if (call.kind == call_kind::pread && is_page) {
@@ -53,8 +53,8 @@ class ddbm_cost : public testing::Test {
             ++seen.directory_reads;
         } else if (call.kind == call_kind::pwrite && is_page) {
             ++seen.page_writes;
-            EXPECT_EQ(call.count, static_cast<size_t>(db->page_size));
-            EXPECT_EQ(call.offset % db->page_size, 0);
+            EXPECT_EQ(call.count, static_cast<size_t>(db.page_size));
+            EXPECT_EQ(call.offset % db.page_size, 0);
         } else if (call.kind == call_kind::pwrite && is_directory) {
             ++seen.directory_writes;
             EXPECT_EQ(call.count, 4096u);

@@ -1,6 +1,8 @@
 // ddbm_test.cc: the database, sentence by sentence.
 #include "support/child.h"
 #include "support/database.h"
+#include "support/doc.h"
+#include "support/picture.h"
 #include "support/tree.h"
 
 #include <errno.h>
@@ -826,6 +828,56 @@ TEST(dbm_nextkey, page_sizes_above_the_read_ahead_work) {
         for (int i = 0; i < 20; ++i)
             db.put("key" + std::to_string(i), text(size / 3));
         EXPECT_EQ(db.keys().size(), 20u) << kb;
+    }
+}
+
+// ---- the documented example ---------------------------------------------
+
+const char documented[] = "formats/database.md";
+
+std::string drawn(const std::string &file) {
+    return support::drawn_bytes(support::doc_block(documented, file));
+}
+
+TEST(database_page, the_example_is_what_storing_writes) {
+    database db("db", 1);
+    db.put("apple", "red");
+    db.put("cherry", "dark");
+    EXPECT_EQ(size_of("db.pag"), 1024u);
+    db.put("fig", text(1000, 0));
+    EXPECT_EQ(drawn("dir"), read_file("db.dir"));
+    EXPECT_EQ(drawn("pag"), read_file("db.pag"));
+}
+
+TEST(database_page, the_example_can_be_read) {
+    write_file("db.dir", drawn("dir"));
+    write_file("db.pag", drawn("pag"));
+    database db("db");
+    EXPECT_EQ(db.get("apple"), "red");
+    EXPECT_EQ(db.get("cherry"), "dark");
+    EXPECT_EQ(db.get("fig"), text(1000, 0));
+    EXPECT_EQ(db.keys(), (std::vector<std::string>{"apple", "fig", "cherry"}));
+}
+
+TEST(database_page, the_hashes_are_those_of_the_keys) {
+    auto rows = support::doc_table(documented, "| key | hash | lowest bit |");
+    EXPECT_EQ(rows.size(), 3u);
+    for (const auto &row : rows) {
+        int length = static_cast<int>(row[0].size());
+        uint32_t hash = dbm_hash(row[0].data(), length);
+        EXPECT_EQ(std::stoul(row[1], nullptr, 16), hash) << row[0];
+        EXPECT_EQ(row[2], std::to_string(hash & 1)) << row[0];
+    }
+}
+
+TEST(database_page, the_bytes_are_where_the_table_says) {
+    auto rows =
+        support::doc_table(documented, "| file, offset | bytes | meaning |");
+    for (const auto &row : rows) {
+        size_t at = std::stoul(row[0].substr(4), nullptr, 16);
+        std::string bytes = support::drawn_bytes("0:" + row[1]);
+        EXPECT_EQ(drawn(row[0].substr(0, 3)).substr(at, bytes.size()), bytes)
+            << row[0];
     }
 }
 

@@ -10,17 +10,16 @@
 
 namespace support {
 
-// The file that the page's rows of hexadecimal bytes draw, such as
+// The file that rows of hexadecimal bytes draw, such as
 //     0010:  00 23 ...  text
-// What lies between the rows is zero. The page's path starts at the root of
-// the sources.
-inline std::string pictured_bytes(const std::string &page) {
-    std::istringstream lines(read_file(TOVAN_SOURCE_DIR "/" + page));
+// What lies between the rows is zero.
+inline std::string drawn_bytes(const std::string &text) {
+    std::istringstream lines(text);
     std::string bytes;
     for (std::string line; std::getline(lines, line);) {
         unsigned offset = 0;
         int read = 0;
-        if (sscanf(line.c_str(), "    %x:%n", &offset, &read) != 1) continue;
+        if (sscanf(line.c_str(), " %x:%n", &offset, &read) != 1) continue;
         if (read == 0) continue;
         bytes.resize(offset);
         std::istringstream row(line.substr(static_cast<size_t>(read), 49));
@@ -29,6 +28,12 @@ inline std::string pictured_bytes(const std::string &page) {
         }
     }
     return bytes;
+}
+
+// The file that a page draws. The page's path starts at the root of the
+// sources.
+inline std::string pictured_bytes(const std::string &page) {
+    return drawn_bytes(read_file(TOVAN_SOURCE_DIR "/" + page));
 }
 
 }  // namespace support
