@@ -1,8 +1,9 @@
 // ddbmiter.cc: all keys of a database.
 //
 // Pages come as they lie in the file. Most of a file may be holes, pages that
-// were never written: the system is asked where data goes on, and from there
-// as many pages are read at once as fit 64 KB.
+// were never written: the system is asked where data goes on and where it
+// ends, and of what lies between, up to 64 KB are read at once. (Holes that are
+// read cost more than data: the system makes pages of zeros for them first.)
 #include "ddbm.h"
 
 #include "ident.h"
@@ -36,27 +37,46 @@ off_t offset_of(const dbm_handle *db, int64_t number) {
     return static_cast<off_t>(number) * db->page_size;
 }
 
-// Moves on to the page where data starts, if that lies further on.
-//   result    false: there is none, and the iteration stands behind the last
-//             page. errno stays as it was
-bool skip_hole(dbm_handle *db) {
+// What seek() gives instead of an offset.
+constexpr off_t unknown = -1;
+constexpr off_t no_data = -2;
+
+// lseek(2) that leaves errno as it was.
+off_t seek(int file, off_t offset, int whence) {
     int before = errno;
-    off_t here = offset_of(db, db->iter_page);
-    off_t data = lseek(db->pag_fd, here, SEEK_DATA);
-    bool at_end = data == -1 && errno == ENXIO;
-    if (at_end) data = lseek(db->pag_fd, -1, SEEK_END) + db->page_size;
+    off_t place = lseek(file, offset, whence);
+    if (place == -1) place = errno == ENXIO ? no_data : unknown;
     errno = before;
-    int32_t number = page_at(db, data);
-    if (number > db->iter_page) db->iter_page = number;
-    return !at_end;
+    return place;
 }
 
-// Where pages are read ahead, and how many. Without memory for several, one
-// goes into the buffer.
+// Moves on to the page where data starts, if that lies further on, and notes
+// where it ends; it goes on for ever where the system does not say.
+//   result    false: there is none, and the iteration stands behind the last
+//             page
+bool skip_hole(dbm_handle *db) {
+    read_ahead *ahead = &tovan::rest_of(db)->ahead;
+    off_t here = offset_of(db, db->iter_page);
+    if (here < ahead->data_end) return true;
+    off_t data = seek(db->pag_fd, here, SEEK_DATA);
+    bool none = data == no_data;
+    if (none) data = seek(db->pag_fd, 0, SEEK_END) + db->page_size - 1;
+    int32_t number = page_at(db, data);
+    if (number > db->iter_page) db->iter_page = number;
+    if (none) return false;
+    off_t hole = data >= 0 ? seek(db->pag_fd, data, SEEK_HOLE) : unknown;
+    ahead->data_end = hole >= 0 ? hole : INT64_MAX;
+    return true;
+}
+
+// Where pages are read ahead, and how many: up to a hole. Without memory for
+// several, one goes into the buffer.
 unsigned char *ahead_room(dbm_handle *db, int64_t *count) {
     read_ahead *ahead = &tovan::rest_of(db)->ahead;
-    *count = pages_at_once(db);
-    if (ahead->room == nullptr && *count > 1) {
+    off_t data = ahead->data_end - offset_of(db, db->iter_page);
+    *count = (data - 1) / db->page_size + 1;
+    if (*count > pages_at_once(db)) *count = pages_at_once(db);
+    if (ahead->room == nullptr && pages_at_once(db) > 1) {
         int before = errno;
         ahead->room = static_cast<unsigned char *>(malloc(ahead_size));
         errno = before;
@@ -144,7 +164,7 @@ dbm_datum nth_key(dbm_handle *db, int k) {
 // Deliberate: the end of an iteration and a failure look alike (test
 // the_end_of_the_iteration_looks_like_a_failure).
 dbm_datum end_iteration(dbm_handle *db) {
-    tovan::rest_of(db)->ahead.count = 0;
+    tovan::forget_ahead(db);
     tovan::forget_page(db);
     db->flags |= tovan::io_error;
     return tovan::null_item;
@@ -157,8 +177,8 @@ dbm_datum dbm_firstkey(dbm_handle *db) {
         errno = EINVAL;
         return tovan::null_item;
     }
+    tovan::forget_ahead(db);
     if (!tovan::read_page(db, 0)) return end_iteration(db);
-    tovan::rest_of(db)->ahead.count = 0;
     db->page_no = 0;
     db->iter_page = 0;
     db->iter_key = 0;

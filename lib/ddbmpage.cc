@@ -44,7 +44,7 @@ bool tovan::load_page(dbm_handle *db, int32_t page) {
 
 bool tovan::write_page(dbm_handle *db, int32_t page,
                        const unsigned char *bytes) {
-    rest_of(db)->ahead.count = 0;
+    forget_ahead(db);
     return write_at(db->pag_fd, bytes, static_cast<size_t>(db->page_size),
                     offset_of(db, page)) == 0;
 }

@@ -32,6 +32,7 @@ struct read_ahead {
     unsigned char *room;  // null until needed
     int64_t first;        // page number
     int64_t count;        // pages held from there
+    int64_t data_end;     // where the data that is being read ends in the file
 };
 
 // What lies behind the published record and its page, in the same block.
@@ -47,6 +48,12 @@ inline handle_rest *rest_of(dbm_handle *db) {
 
 inline bool is_key(dbm_datum item) {
     return item.data != nullptr && item.length > 0;
+}
+
+// What was read ahead, and where, is worth nothing any more.
+inline void forget_ahead(dbm_handle *db) {
+    rest_of(db)->ahead.count = 0;
+    rest_of(db)->ahead.data_end = 0;
 }
 
 // The failure of a change: bit 1 of `flags`.

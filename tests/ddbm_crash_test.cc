@@ -212,12 +212,12 @@ void replay(const history &all, int page_kb,
 }
 
 TEST(ddbm_crash, every_beginning_of_20000_writes_has_all_pairs_of_1_kb) {
-    history all{7, 300, 200};
+    history all{7, 150, 400};
     replay(all, 1, record(all, 1, 20000));
 }
 
 TEST(ddbm_crash, every_beginning_of_20000_writes_has_all_pairs_of_4_kb) {
-    history all{8, 300, 900};
+    history all{8, 150, 1800};
     replay(all, 4, record(all, 4, 20000));
 }
 

@@ -1,6 +1,7 @@
 // database.cc: databases in tests, in terms of std::string.
 #include "support/database.h"
 
+#include <random>
 #include <unordered_map>
 
 namespace support {
@@ -54,8 +55,9 @@ std::vector<std::string> keys_of_one_hash(size_t count) {
     std::unordered_map<uint32_t, std::string> met;
     std::string other;
     std::string text;
-    for (unsigned i = 0; other.empty(); ++i) {
-        uint64_t mixed = (i + 1) * 0x9e3779b97f4a7c15u;
+    std::mt19937_64 random(1);
+    while (other.empty()) {
+        uint64_t mixed = random();
         text.assign(reinterpret_cast<const char *>(&mixed), sizeof mixed);
         auto [place, is_new] = met.emplace(dbm_hash(text.data(), 8), text);
         if (!is_new) other = place->second;
