@@ -4,15 +4,8 @@
 export SOURCE_DATE_EPOCH
 SOURCE_DATE_EPOCH=$(dpkg-parsechangelog -l "$SOURCE/debian/changelog" -S Timestamp)
 
-# copy FOLDER: the sources, without what builds left among them.
-copy() {
-    mkdir -p "$1"
-    tar -C "$SOURCE" --exclude=./build --exclude=./.git -cf - . | tar -C "$1" -xf -
-}
-
 # package FOLDER: its Debian packages beside it, its archive in it.
 package() {
-    copy "$1"
     (
         cd "$1" || exit 1
         DEB_BUILD_OPTIONS="nocheck parallel=$(nproc)" \
@@ -22,6 +15,11 @@ package() {
     ) >"$work/log" 2>&1 || { tail -n 40 "$work/log"; bad "no packages in $1"; }
 }
 
+# The sources twice, without what builds left among them.
+mkdir -p "$work/one/tovan" "$work/another/place"
+tar -C "$SOURCE" --exclude=./build --exclude=./.git -cf - . |
+    tar -C "$work/one/tovan" -xf -
+cp -a "$work/one/tovan" "$work/another/place/tovan"
 package "$work/one/tovan"
 package "$work/another/place/tovan"
 one=$work/one
