@@ -68,7 +68,7 @@ void read_mapping(const map_reader *in, const char *from) {
 }
 
 // What was read of a line before an error is no mapping. A folder reads as
-// nothing (test load_mappings_a_folder_reads_as_nothing).
+// nothing (test a_folder_reads_as_nothing).
 void report_error(map_reader *in, FILE *stream) {
     if (ferror(stream) == 0 || errno == EISDIR) return;
     ++in->line;
