@@ -5,7 +5,6 @@
 #include <gtest/gtest.h>
 #include <pthread.h>
 #include <string.h>
-#include <time.h>
 #include <tovan/dypadd.h>
 #include <tovan/dystr.h>
 #include <tovan/lvexpand.h>
@@ -384,9 +383,9 @@ std::string repeated(const std::string &text, int count) {
     return all;
 }
 
-// Reading each level's text once more than a constant number of times would
-// take minutes at this depth.
-TEST(lvexpand, a_hundred_thousand_levels_take_little_stack_and_time) {
+// Reading each level's text more than a constant number of times would take
+// minutes at this depth.
+TEST(lvexpand, a_hundred_thousand_levels_take_little_stack) {
     constexpr int depth = 100'000;
     support::load_variables({{"X[a]", "a"}});
     const struct {
@@ -401,12 +400,10 @@ TEST(lvexpand, a_hundred_thousand_levels_take_little_stack_and_time) {
         {"@(take1st @X[", "a", "])", "a"},
     };
     for (const auto &row : rows) {
-        clock_t start = clock();
         EXPECT_EQ(
             expansion_on_small_stack(repeated(row.open, depth) + row.core +
                                      repeated(row.close, depth)),
             row.expected);
-        EXPECT_LT(clock() - start, 5 * CLOCKS_PER_SEC) << row.open;
     }
 }
 
