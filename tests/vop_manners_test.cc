@@ -56,7 +56,7 @@ void prepare() {
 // A command of each subcommand that writes to standard output.
 const std::vector<std::vector<std::string>> writing = {
     {"ar", "list", "lib.a"},
-    {"cpio", "--help"},
+    {"cpio", "src"},
     {"db", "stat", "k"},
     {"dict", "dict"},
     {"dos", "/x"},
@@ -73,11 +73,18 @@ const std::vector<std::vector<std::string>> writing = {
     {"run", "-n", "x"},
     {"rx", "x", "src/main.c"},
     {"srcs", "main.c"},
-    {"tar", "--help"},
+    {"tar", "src"},
     {"tmp"},
     {"traits"},
     {"vars"},
 };
+
+// The writer of cpio archives has words of its own.
+std::string complaint(const std::string &subcommand,
+                      const std::string &reason) {
+    return subcommand == "cpio" ? "Can't write to std out!\n"
+                                : "vop: standard output: " + reason + "\n";
+}
 
 TEST(vop_manners, output_that_cannot_be_written_is_noticed) {
     prepare();
@@ -89,11 +96,11 @@ TEST(vop_manners, output_that_cannot_be_written_is_noticed) {
             command += " '" + word + "'";
         support::outcome end =
             support::run_program({"sh", "-c", command + " >/dev/full"});
-        EXPECT_EQ(end.err, "vop: standard output: No space left on device\n")
+        EXPECT_EQ(end.err, complaint(words[0], "No space left on device"))
             << command;
         EXPECT_EQ(end.exit_status, 255) << command;
         end = support::run_program({"sh", "-c", command + " >&-"});
-        EXPECT_EQ(end.err, "vop: standard output: Bad file descriptor\n")
+        EXPECT_EQ(end.err, complaint(words[0], "Bad file descriptor"))
             << command;
         EXPECT_EQ(end.exit_status, 255) << command;
     }

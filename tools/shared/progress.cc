@@ -74,7 +74,9 @@ void show(int) {
 bool has_terminal() {
     const char *kind = getenv("TERM");
     bool is_dumb = kind != nullptr && strcmp(kind, "dumb") == 0;
-    return !is_dumb && isatty(STDERR_FILENO) == 1;
+    const char *no_color = getenv("NO_COLOR");
+    bool is_plain = no_color != nullptr && *no_color != '\0';
+    return !is_dumb && !is_plain && isatty(STDERR_FILENO) == 1;
 }
 
 void set_timer(const itimerval *times) {

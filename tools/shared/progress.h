@@ -6,7 +6,7 @@
 //
 // It appears on standard error after a second, is brought up to date four
 // times a second, and is gone in the end. Where standard error is no terminal,
-// or a dumb one, nothing happens. There are no colours in it.
+// or a dumb one, or NO_COLOR asks for plain text, nothing happens.
 #ifndef TOVAN_TOOLS_PROGRESS_H
 #define TOVAN_TOOLS_PROGRESS_H
 
