@@ -538,6 +538,27 @@ TEST(vop_db, damaged_pages_are_passed_over_and_named) {
             255}});
 }
 
+// What a process leaves that dies before it writes the old half of a page.
+TEST(vop_db, copies_of_moved_pairs_are_not_listed) {
+    std::string even = key_with(0, 1);
+    std::string odd = key_with(1, 1);
+    write_file("k.dir", directory({0}));
+    write_file("k.pag", page_of({{even, stored("x")}, {odd, stored("y")}}) +
+                            page_of({{odd, stored("y")}}));
+    std::string name = odd.c_str();
+    check({{{"list", "k"},
+            "",
+            std::string(even.c_str()) + "\tx\n" + name + "\ty\n",
+            "",
+            0},
+           {{"check", "k"},
+            "",
+            "k.pag: page 0: pair 2 `" + name +
+                "': it belongs on page 1\nk: pages 2, pairs 3, faults 1\n",
+            "",
+            1}});
+}
+
 TEST(vop_db, holes_cost_nothing) {
     write_file("k.dir", directory({0}));
     write_file("k.pag", page_of({}));

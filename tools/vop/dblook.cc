@@ -9,6 +9,7 @@
 #include <stdlib.h>
 #include <string.h>
 #include <sys/stat.h>
+#include <tovan/ddbm.h>
 #include <tovan/errexit.h>
 #include <tovan/ldbminit.h>
 
@@ -17,7 +18,7 @@ using vop::page_pair;
 
 namespace {
 
-// Calls work() for each valid page that holds pairs, while it is read.
+// Calls work(page) for each valid page that holds pairs, while it is read.
 //   result    the status: 1 when a page was not valid, which is said
 template <typename Work>
 int for_pages(page_files *files, Work work) {
@@ -31,18 +32,28 @@ int for_pages(page_files *files, Work work) {
                     static_cast<long long>(page), flaw.buffer);
             status = 1;
         } else if (vop::pair_count(files) > 0) {
-            work();
+            work(page);
         }
     }
     free(flaw.buffer);
     return status;
 }
 
-// Calls work(pair) for each pair of the page.
+// Calls work(pair) for each pair that a look-up finds: a split that was cut
+// short leaves copies of others behind.
 template <typename Work>
-void for_pairs(const page_files *files, Work work) {
-    for (size_t i = 1; i <= vop::pair_count(files); i++)
-        work(vop::pair_at(files, i));
+int for_pairs(page_files *files, Work work) {
+    vop::directory *tree = vop::open_directory(files);
+    int status = for_pages(files, [=](off_t page) {
+        for (size_t i = 1; i <= vop::pair_count(files); i++) {
+            page_pair pair = vop::pair_at(files, i);
+            int length = static_cast<int>(pair.key_length);
+            if (vop::page_of(tree, dbm_hash(pair.key, length)) == page)
+                work(pair);
+        }
+    });
+    free(tree);
+    return status;
 }
 
 // Without the NUL that ends it.
@@ -74,11 +85,9 @@ page_files open_sound(const char *name) {
 }
 
 int list_texts(page_files *files) {
-    return for_pages(files, [=] {
-        for_pairs(files, [](page_pair pair) {
-            write_row(pair.key, text_length(pair.key, pair.key_length),
-                      pair.value, text_length(pair.value, pair.value_length));
-        });
+    return for_pairs(files, [](page_pair pair) {
+        write_row(pair.key, text_length(pair.key, pair.key_length), pair.value,
+                  text_length(pair.value, pair.value_length));
     });
 }
 
@@ -87,11 +96,9 @@ int list_lines(page_files *files, const char *name) {
     ldbm_db index{};
     const char *message = ldbminit(&index, name, 3, write_line);
     if (message != nullptr) errexit("%s: %s: %s", name, message, syserr());
-    int status = for_pages(files, [&] {
-        for_pairs(files, [&index](page_pair pair) {
-            if (memchr(pair.key, '\0', pair.key_length) != nullptr)
-                ldbmfind(&index, pair.key);
-        });
+    int status = for_pairs(files, [&index](page_pair pair) {
+        if (memchr(pair.key, '\0', pair.key_length) != nullptr)
+            ldbmfind(&index, pair.key);
     });
     ldbminit(&index, nullptr, 0, nullptr);
     return status;
@@ -105,13 +112,14 @@ struct totals {
 };
 
 int add_up(page_files *files, totals *sum) {
-    return for_pages(files, [=] {
+    return for_pages(files, [=](off_t) {
         sum->pages++;
-        for_pairs(files, [=](page_pair pair) {
+        for (size_t i = 1; i <= vop::pair_count(files); i++) {
+            page_pair pair = vop::pair_at(files, i);
             sum->pairs++;
             sum->key_bytes += static_cast<long long>(pair.key_length);
             sum->value_bytes += static_cast<long long>(pair.value_length);
-        });
+        }
     });
 }
 
