@@ -1,13 +1,13 @@
 // mkstemp_test.cc: new files for templates, with randomness and system calls
 // of the test's own.
 #include "support/child.h"
+#include "support/creation.h"
 #include "support/tree.h"
 
 #include <dlfcn.h>
 #include <errno.h>
 #include <fcntl.h>
 #include <gtest/gtest.h>
-#include <stdarg.h>
 #include <stdlib.h>
 #include <string.h>
 #include <sys/random.h>
@@ -28,10 +28,6 @@ enum class randomness { real, counted, none };
 randomness source = randomness::real;
 uint64_t last_number = 0;
 
-// Errors of the next opens that create something, 0 for a good one.
-std::vector<int> failures;
-size_t opens = 0;
-
 }  // namespace
 
 extern "C" ssize_t getrandom(void *buffer, size_t size, unsigned flags) {
@@ -45,19 +41,6 @@ extern "C" ssize_t getrandom(void *buffer, size_t size, unsigned flags) {
     ++last_number;
     memcpy(buffer, &last_number, size);
     return static_cast<ssize_t>(size);
-}
-
-extern "C" int open(const char *path, int flags, ...) {
-    va_list arguments;
-    va_start(arguments, flags);
-    mode_t mode = (flags & O_CREAT) != 0 ? va_arg(arguments, mode_t) : 0;
-    va_end(arguments);
-    if ((flags & O_EXCL) != 0 && opens++ < failures.size() &&
-        failures[opens - 1] != 0) {
-        errno = failures[opens - 1];
-        return -1;
-    }
-    return openat(AT_FDCWD, path, flags, mode);
 }
 
 namespace {
@@ -165,7 +148,7 @@ TEST(mkstemp, gives_up_after_26_names) {
     for (uint64_t number = 1; number <= 26; ++number)
         ASSERT_EQ(symlink("nothing", base_of(number).c_str()), 0);
     EXPECT_EQ(made_for("XXXXXX"), taken);
-    EXPECT_EQ(opens, 26u);
+    EXPECT_EQ(support::creations, 26u);
     EXPECT_EQ(made_for("XXXXXX"), base_of(27));
     last_number = 1;
     EXPECT_EQ(made_for("XXXXXX"), taken) << "25 links and the file";
@@ -183,22 +166,19 @@ TEST(mkstemp, every_failure_is_eexist) {
 TEST(mkstemp, a_failure_that_passes_is_survived) {
     for (int reason : {EACCES, EEXIST, EIO, EMFILE, ENFILE, ENOSPC, EDQUOT,
                        ENOMEM, EINTR, ELOOP, ENOENT}) {
-        failures = std::vector<int>(25, reason);
-        opens = 0;
+        support::fail_creations(std::vector<int>(25, reason));
         EXPECT_NE(made_for("XXXXXX"), taken) << strerror(reason);
-        EXPECT_EQ(opens, 26u);
+        EXPECT_EQ(support::creations, 26u);
     }
 }
 
 TEST(mkstemp, signals_do_not_count_as_tries) {
-    failures = std::vector<int>(100, EINTR);
-    opens = 0;
+    support::fail_creations(std::vector<int>(100, EINTR));
     EXPECT_NE(made_for("XXXXXX"), taken);
-    EXPECT_EQ(opens, 101u);
-    failures = std::vector<int>(26, ENOSPC);
-    opens = 0;
+    EXPECT_EQ(support::creations, 101u);
+    support::fail_creations(std::vector<int>(26, ENOSPC));
     EXPECT_EQ(made_for("XXXXXX"), taken);
-    EXPECT_EQ(opens, 26u);
+    EXPECT_EQ(support::creations, 26u);
 }
 
 // Both make their files from the same sequence of names.

@@ -1,6 +1,7 @@
 // opentmp_test.cc: temporary files after a model, with a process id and
 // system calls of the test's own.
 #include "support/child.h"
+#include "support/creation.h"
 #include "support/program.h"
 #include "support/tree.h"
 
@@ -8,7 +9,6 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <signal.h>
-#include <stdarg.h>
 #include <stdlib.h>
 #include <string.h>
 #include <sys/prctl.h>
@@ -31,10 +31,6 @@ unsigned seed = 0;
 int seedings = 0;
 unsigned random_state = 0;
 
-// Errors of the next opens that create something, 0 for a good one.
-std::vector<int> failures;
-size_t opens = 0;
-
 }  // namespace
 
 extern "C" pid_t getpid() noexcept {
@@ -55,19 +51,6 @@ extern "C" int rand() noexcept {
     int number = numbers.front();
     if (numbers.size() > 1) numbers.erase(numbers.begin());
     return number;
-}
-
-extern "C" int open(const char *path, int flags, ...) {
-    va_list arguments;
-    va_start(arguments, flags);
-    mode_t mode = (flags & O_CREAT) != 0 ? va_arg(arguments, mode_t) : 0;
-    va_end(arguments);
-    if ((flags & O_EXCL) != 0 && opens++ < failures.size() &&
-        failures[opens - 1] != 0) {
-        errno = failures[opens - 1];
-        return -1;
-    }
-    return openat(AT_FDCWD, path, flags, mode);
 }
 
 namespace {
@@ -240,7 +223,7 @@ TEST(opentmp, names_that_are_taken_are_passed_over) {
     }
     numbers.push_back(number_of("z9z9za"));
     EXPECT_EQ(path_for(".", "x.c"), "./xz9z9za.c");
-    EXPECT_EQ(opens, 1027u);
+    EXPECT_EQ(support::creations, 1027u);
     EXPECT_EQ(support::read_file("victim"), "untouched");
     EXPECT_EQ(mode_of("victim"), S_IFREG | 0640u);
     EXPECT_FALSE(support::file_exists("nothing"));
@@ -359,7 +342,7 @@ TEST(opentmp, directories_of_no_use_are_fatal) {
 
 TEST(opentmp, an_empty_tmpdir_is_the_root) {
     setenv("TMPDIR", "", 1);
-    failures = {EROFS};
+    support::fail_creations({EROFS});
     EXPECT_FATAL(path_for(nullptr, "x"), 255,
                  "test: opentmp: /x04464a: Read-only file system\n");
 }
@@ -367,7 +350,7 @@ TEST(opentmp, an_empty_tmpdir_is_the_root) {
 TEST(opentmp, failures_of_open_are_fatal_at_once) {
     for (int reason : {EACCES, EIO, EMFILE, ENFILE, ENOSPC, EDQUOT, ENOMEM,
                        EROFS, ELOOP, EPERM}) {
-        failures = {reason};
+        support::fail_creations({reason});
         EXPECT_FATAL(path_for(".", "x"), 255,
                      std::string("test: opentmp: ./x04464a: ") +
                          strerror(reason) + "\n");
@@ -375,7 +358,7 @@ TEST(opentmp, failures_of_open_are_fatal_at_once) {
 }
 
 TEST(opentmp, signals_are_survived) {
-    failures = std::vector<int>(100, EINTR);
+    support::fail_creations(std::vector<int>(100, EINTR));
     EXPECT_EQ(path_for(".", "x"), "./x04464a");
 }
 
