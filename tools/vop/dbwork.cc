@@ -38,10 +38,10 @@ bool file_exists(const char *name, const char *suffix) {
     return exists;
 }
 
+// A line that was cut, or has a NUL in it, comes without its newline.
 void write_line(const char *, const char *line) {
-    fputs(line, stdout);
-    // A line that was cut has lost its newline.
-    if (line[strlen(line) - 1] != '\n') putchar('\n');
+    fwrite(line, 1, strcspn(line, "\n"), stdout);
+    putchar('\n');
 }
 
 database open_kind(const char *name, int mode, bool is_index) {
