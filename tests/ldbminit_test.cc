@@ -292,6 +292,16 @@ TEST(ldbmadd, a_line_that_cannot_be_written_has_no_place) {
     EXPECT_EQ(ldbmfind(&db, "a"), 0);
 }
 
+TEST(ldbmadd, a_data_file_without_positions_takes_no_line) {
+    ASSERT_EQ(mkfifo("x.data", 0600), 0);
+    open_ldbm db("x");
+    errno = 0;
+    EXPECT_EQ(ldbmadd(&db, "a", "line"), -1);
+    EXPECT_EQ(errno, ESPIPE);
+    write_file("x.pag", page_of({{stored("a"), record({0})}}));
+    EXPECT_EQ(ldbmfind(&db, "a"), 0);
+}
+
 TEST(ldbmadd, a_page_that_cannot_be_read_is_not_replaced) {
     write_file("x.dir", "\1");
     std::string wrong = support::raw_page({3, 1, 2, 3});
