@@ -116,10 +116,9 @@ const char *read_table(const tovan::archive *archive, const member_list *list) {
     char *buffer = static_cast<char *>(chkalloc(size + 1));
     read_data(archive->descriptor, list->table, buffer, list->table_size,
               archive->path, "entire long table");
-    char *end = buffer + size;
-    for (char *at = buffer; (at = static_cast<char *>(memchr(
-                                 at, '/', static_cast<size_t>(end - at))));)
-        *at = '\0';
+    for (char *at = buffer; at < buffer + size; at++) {
+        if (*at == '/') *at = '\0';
+    }
     const char *table = dycache(buffer, list->table_size);
     free(buffer);
     return table;
