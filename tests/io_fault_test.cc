@@ -368,4 +368,17 @@ TEST(io_fault, links_that_cannot_be_looked_at_are_none) {
         support::check_faults(tell, {{{"lstat", error}, "0", "", 0}});
 }
 
+TEST(io_fault, times_that_cannot_be_set) {
+    support::write_file("file", "");
+    auto set_times = [] {
+        int result = futime("file", 1, 2);
+        printf("%d %s", result, result == -1 ? strerror(errno) : "");
+    };
+    support::check_faults(set_times, {{no_fault, "0 ", "", 0}});
+    for (int error : {EACCES, EPERM, EROFS, ENOENT, EIO}) {
+        support::check_faults(
+            set_times, {{{"utime", error}, "-1 " + text_of(error), "", 0}});
+    }
+}
+
 }  // namespace

@@ -290,6 +290,10 @@ support::outcome support::with_fault(const fault &wanted,
     });
 }
 
+bool support::was_met() {
+    return *has_met;
+}
+
 void support::check_faults(const std::function<void()> &body,
                            const std::vector<fault_row> &rows,
                            const std::function<void(outcome *)> &adjust) {

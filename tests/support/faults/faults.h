@@ -46,6 +46,9 @@ int calls_of(const char *call);
 // "(descriptors: N more)" to the output.
 outcome with_fault(const fault &wanted, const std::function<void()> &body);
 
+// Whether the last with_fault() met it.
+bool was_met();
+
 struct fault_row {
     fault what;
     std::string out;
