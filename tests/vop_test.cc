@@ -288,7 +288,7 @@ TEST(vop, shows_how_a_command_would_run) {
 const std::vector<std::string> subcommands = {
     "expand", "vars", "srcs", "expr", "match", "rx",     "glob",
     "path",   "map",  "dos",  "ix",   "names", "traits", "run",
-    "fix",    "dict", "tmp",  "db",   "ar",   "tar",  "cpio"};
+    "fix",    "dict", "tmp",  "db",   "ar",    "tar",    "cpio"};
 
 TEST(vop, help_lists_the_subcommands_in_columns) {
     check({{{"help"},
