@@ -1,6 +1,8 @@
 // dystr_bench.cc: job a, growing strings, beside std::string (appends inlined
 // and behind a call) and GLib's GString; laws of growth of strings, pointer
 // arrays and the string cache.
+#include "law.h"
+
 #include <benchmark/benchmark.h>
 #include <stdlib.h>
 #include <string.h>
@@ -237,13 +239,6 @@ BENCHMARK(strings_of_eight_pieces<standard_called>)
 WITH_GLIB(strings_of_eight_pieces, "a3/build");
 BESIDE_PEERS(large_strings_in_turn, "a4/16x4MB");
 BESIDE_PEERS(strings_in_turn_after_a_release, "a5/64x1MB");
-
-#define LAW(job, name, first) \
-    BENCHMARK(job)            \
-        ->Name("law/" name)   \
-        ->Arg(first)          \
-        ->Arg(2 * first)      \
-        ->Arg(4 * first)
 
 // Below 32 MB: from there on the allocator maps fresh pages for each block.
 LAW(one_string, "string", 1 << 22);

@@ -1,6 +1,8 @@
 // lines_bench.cc: job b, the lines of a 200 MB file, beside getline(3),
 // std::getline, fgets(3), and a bare loop of read, memchr and memcpy. The
 // stream readers read the same file.
+#include "law.h"
+
 #include <benchmark/benchmark.h>
 #include <fcntl.h>
 #include <stdio.h>
@@ -213,13 +215,6 @@ BENCHMARK(c_fgets)->Name("b/lines/fgets");
 BENCHMARK(ours_stream)->Name("b/stream_lines/ours");
 BENCHMARK(c_getline)->Name("b/stream_lines/getline");
 BENCHMARK(c_fgets)->Name("b/stream_lines/fgets");
-
-#define LAW(job, name, first) \
-    BENCHMARK(job)            \
-        ->Name("law/" name)   \
-        ->Arg(first)          \
-        ->Arg(2 * first)      \
-        ->Arg(4 * first)
 
 LAW(file_of_n_bytes, "lines", 10 << 20);
 LAW(stream_of_n_bytes, "stream_lines", 10 << 20);

@@ -227,14 +227,20 @@ void load_read(benchmark::State &state, size_t count) {
         benchmark::DoNotOptimize(read_whole(p->path));
 }
 
+// A heap that is read and no more.
+tovan::variable_heap read_from(const std::string &path) {
+    tovan::variable_heap heap{};
+    int descriptor = open(path.c_str(), O_RDONLY);
+    tovan::read_heap(&heap, descriptor, "heap");
+    close(descriptor);
+    return heap;
+}
+
 // The file read, and every entry visited once.
 void load_read_walk(benchmark::State &state, size_t count) {
     prepared *p = prepare(count);
     for (auto _ : state) {
-        tovan::variable_heap heap{};
-        int descriptor = open(p->path.c_str(), O_RDONLY);
-        tovan::read_heap(&heap, descriptor, "heap");
-        close(descriptor);
+        tovan::variable_heap heap = read_from(p->path);
         size_t lengths = 0;
         tovan::for_each_entry(&heap, [&](int, const tovan::heap_entry *e) {
             lengths +=
@@ -249,10 +255,7 @@ template <typename Table>
 void load_into(benchmark::State &state, size_t count) {
     prepared *p = prepare(count);
     for (auto _ : state) {
-        tovan::variable_heap heap{};
-        int descriptor = open(p->path.c_str(), O_RDONLY);
-        tovan::read_heap(&heap, descriptor, "heap");
-        close(descriptor);
+        tovan::variable_heap heap = read_from(p->path);
         Table table;
         tovan::for_each_entry(&heap, [&](int, const tovan::heap_entry *e) {
             table.emplace(tovan::entry_name(e), tovan::entry_value(e));
@@ -266,10 +269,7 @@ void load_into(benchmark::State &state, size_t count) {
 void load_glib(benchmark::State &state, size_t count) {
     prepared *p = prepare(count);
     for (auto _ : state) {
-        tovan::variable_heap heap{};
-        int descriptor = open(p->path.c_str(), O_RDONLY);
-        tovan::read_heap(&heap, descriptor, "heap");
-        close(descriptor);
+        tovan::variable_heap heap = read_from(p->path);
         GHashTable *table = g_hash_table_new(g_str_hash, g_str_equal);
         tovan::for_each_entry(&heap, [&](int, const tovan::heap_entry *e) {
             g_hash_table_insert(table, const_cast<char *>(tovan::entry_name(e)),
