@@ -112,10 +112,4 @@ void tovan::put_pair(page at, dbm_datum key, dbm_datum value) {
     set_word(at.bytes, count + 2);
 }
 
-void tovan::clear_free_space(page at) {
-    int count = entry_count(at);
-    int start = end_of_entries(count);
-    memset(at.bytes + start, 0, static_cast<size_t>(entry(at, count) - start));
-}
-
 TOVAN_IDENT(ddbmpair, "8.4", "26/11/22")

@@ -124,7 +124,8 @@ step write_longer(dbm_handle *db) {
 }
 
 // Puts the pair into a page in memory, in place of the old one if that is
-// there.
+// there. In the half of a page that was split nothing is left of the old pair:
+// the new one is larger and lies over it.
 //   result    goes_on: there is no room
 step put_arrival(page at, const arrival &pair) {
     int old = pair.replaces ? tovan::find_pair(at, pair.key) : 0;
@@ -172,14 +173,6 @@ bool divide_page(dbm_handle *db, uint32_t split_bit) {
     return true;
 }
 
-// Puts the pair into its half. Halves have nothing but zeros between entries
-// and items, also where a pair was carried along up to here.
-step put_into_half(page half, const arrival &pair) {
-    step put = put_arrival(half, pair);
-    if (put == step::done && pair.replaces) tovan::clear_free_space(half);
-    return put;
-}
-
 // Writes both halves of a page and the bit between them.
 bool write_halves(dbm_handle *db, int32_t new_page) {
     return tovan::write_page(db, new_page, db->split_new) &&
@@ -197,8 +190,7 @@ step split_page(dbm_handle *db, const arrival &pair) {
     bool in_new = (pair.hash & split_bit) != 0;
     auto size = static_cast<size_t>(db->page_size);
     page half = {in_new ? db->split_new : db->page, db->page_size};
-    step put =
-        divide_page(db, split_bit) ? put_into_half(half, pair) : refuse();
+    step put = divide_page(db, split_bit) ? put_arrival(half, pair) : refuse();
     if (put == step::refused) {
         memcpy(db->page, db->split_copy, size);
         return put;

@@ -161,9 +161,6 @@ void remove_pair(page at, int i);
 // Puts a pair that fits behind the others.
 void put_pair(page at, dbm_datum key, dbm_datum value);
 
-// Clears what removed pairs have left between entries and items.
-void clear_free_space(page at);
-
 }  // namespace tovan
 
 #endif

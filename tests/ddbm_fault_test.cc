@@ -294,7 +294,7 @@ TEST(ddbm_fault, interruptions_do_not_show) {
 
 TEST(ddbm_fault, short_counts_do_not_show) {
     for (call_kind kind : {call_kind::pread, call_kind::pwrite}) {
-        for (int effect : {support::one_byte, support::half_of_it})
+        for (int effect : {support::cut_to(1), support::half_of_it})
             EXPECT_EQ(live_with(kind, effect), 0);
     }
 }
@@ -331,7 +331,9 @@ void change_under(
 }
 
 TEST(ddbm_fault, a_write_that_breaks_off_damages_no_other_pair) {
-    for (int cut : {support::one_byte, support::half_of_it}) {
+    // Cuts in the count, behind it, in the entries and in the items.
+    for (int cut : {support::cut_to(1), support::cut_to(2), support::cut_to(5),
+                    support::cut_to(11), support::half_of_it}) {
         for (int number = 0; number < 150 && !HasFailure(); ++number) {
             int writes = 0;
             change_under(
@@ -375,7 +377,7 @@ TEST(ddbm_fault, a_full_disk_cannot_split) {
 TEST(ddbm_fault, a_write_that_makes_no_progress_is_a_full_disk) {
     support::database db("db", 1);
     support::on_call = [](const support::system_call &call) {
-        return call.kind == call_kind::pwrite ? support::nothing
+        return call.kind == call_kind::pwrite ? support::cut_to(0)
                                               : support::goes_through;
     };
     errno = 0;

@@ -5,6 +5,7 @@
 #include <stdarg.h>
 #include <sys/mman.h>
 #include <sys/stat.h>
+#include <algorithm>
 
 // The linker sends calls of NAME to __wrap_NAME, and __real_NAME to NAME.
 extern "C" {
@@ -76,11 +77,10 @@ ssize_t share(const support::system_call &call) {
         errno = answer;
         return -1;
     }
-    size_t count = call.count;
-    if (answer == support::one_byte && count > 1) count = 1;
-    if (answer == support::half_of_it && count > 1) count /= 2;
-    if (answer == support::nothing) count = 0;
-    return static_cast<ssize_t>(count);
+    auto count = static_cast<ssize_t>(call.count);
+    if (answer == support::goes_through) return count;
+    if (answer == support::half_of_it) return (count + 1) / 2;
+    return std::min<ssize_t>(count, -2 - answer);
 }
 
 }  // namespace

@@ -34,11 +34,12 @@ struct system_call {
 };
 
 // What becomes of a call: it is made, or fails with the errno that is given,
-// or is made for one byte, for half of the bytes, or for none.
+// or is made for half of the bytes, or for so many of them.
 constexpr int goes_through = 0;
-constexpr int one_byte = -1;
-constexpr int half_of_it = -2;
-constexpr int nothing = -3;
+constexpr int half_of_it = -1;
+constexpr int cut_to(int bytes) {
+    return -2 - bytes;
+}
 
 // Asked before every call; empty: all go through. Calls that the answer itself
 // needs go through.
