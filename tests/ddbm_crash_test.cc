@@ -7,6 +7,7 @@
 #include "support/database.h"
 #include "support/system_calls.h"
 
+#include <errno.h>
 #include <gtest/gtest.h>
 #include <signal.h>
 #include <stdlib.h>
@@ -219,6 +220,34 @@ TEST(ddbm_crash, every_beginning_of_20000_writes_has_all_pairs_of_1_kb) {
 TEST(ddbm_crash, every_beginning_of_20000_writes_has_all_pairs_of_4_kb) {
     history all{8, 150, 1800};
     replay(all, 4, record(all, 4, 20000));
+}
+
+TEST(ddbm_crash, a_split_that_broke_off_shows_only_in_listings) {
+    std::set<std::string> keys;
+    {
+        database db("db", 1);
+        bool bit_is_set = false;
+        support::on_call = [&](const support::system_call &call) {
+            // The old half of the first split is what does not arrive.
+            int answer = bit_is_set ? EIO : support::goes_through;
+            bit_is_set = call.kind == support::call_kind::pwrite &&
+                         call.descriptor == db->dir_fd;
+            return answer;
+        };
+        for (int i = 0; db->flags == 0; ++i) {
+            std::string key = "key" + std::to_string(i);
+            if (db.put(key, std::string(100, 'v')) == 0) keys.insert(key);
+        }
+        support::on_call = nullptr;
+    }
+    database db("db");
+    std::vector<std::string> listed = db.keys();
+    EXPECT_GT(listed.size(), keys.size());
+    for (const std::string &key : keys)
+        EXPECT_EQ(db.get(key), std::string(100, 'v')) << key;
+    std::set<std::string> once(listed.begin(), listed.end());
+    for (const std::string &key : keys)
+        EXPECT_EQ(once.count(key), 1u) << key;
 }
 
 }  // namespace
