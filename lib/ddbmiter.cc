@@ -145,10 +145,8 @@ bool advance(dbm_handle *db) {
     while (db->iter_page < INT32_MAX) {
         ++db->iter_page;
         page next = held_page(db);
-        if (next.bytes == nullptr) {
-            if (!read_on(db)) return false;
-            next = held_page(db);
-        }
+        if (next.bytes == nullptr && read_on(db)) next = held_page(db);
+        if (next.bytes == nullptr) return false;
         if (tovan::entry_count(next) != 0) return take_page(db, next);
     }
     return false;

@@ -132,10 +132,11 @@ int ldbmadd(ldbm_db *db, const char *key, const char *value) {
     if (!tovan::fetch_known(db->handle, name, &known)) return -1;
     size_t length = static_cast<size_t>(known.length);
     int printed;
-    if (known.data != nullptr &&
-        tovan::has_too_many(key, length + offset_size, &printed))
-        return printed;
-    if (length > 0) memcpy(record, known.data, length);
+    if (known.data != nullptr) {
+        if (tovan::has_too_many(key, length + offset_size, &printed))
+            return printed;
+        memcpy(record, known.data, length);
+    }
     put_offset(record + length, offset);
     return tovan::replace_value(db->handle, name, record, length + offset_size);
 }

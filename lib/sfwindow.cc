@@ -9,7 +9,6 @@
 #include <limits.h>
 #include <string.h>
 
-using tovan::sf_text;
 using tovan::sf_window;
 
 namespace {

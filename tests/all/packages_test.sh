@@ -53,4 +53,9 @@ dpkg-deb -f "$one"/tovan-tools_*.deb Depends | grep -v '^libc6 ([^,]*)$' &&
     bad "tovan-tools depends on more than the C library"
 grep -q '^prefix=/usr/local$' "$work"/unpacked/usr/local/lib/pkgconfig/libtovan.pc ||
     bad "libtovan.pc of the archive names another place"
+
+# For system_test.sh.
+rm -rf "$SOURCE/build/packages"
+mkdir -p "$SOURCE/build/packages"
+cp "$one"/lib*.deb "$one"/tovan-tools_*.deb "$SOURCE/build/packages"
 finish
