@@ -19,8 +19,30 @@ int main(void) {
     return 0;
 }
 PROGRAM
+# A program may own the words and tables that are made for it.
+cat >"$work/owner.c" <<'PROGRAM'
+#include <stdio.h>
+#include <tovan/errexit.h>
+
+static const char *const texts[] = {"one", "two"};
+const char *const *app_errlist = texts;
+int app_nerr = 2;
+
+int main(void) {
+    int is_unnamed = progname == NULL;
+    printf("%d %s %s\n", is_unnamed, errmsg(-1), errmsg(-2));
+    return 0;
+}
+PROGRAM
 expected='seven is 7'
-compile="$CC -std=c11 -Wall -Wextra -Wpedantic -Werror ${flags:-} -I$BINARY/include $work/program.c"
+compiler="$CC -std=c11 -Wall -Wextra -Wpedantic -Werror ${flags:-} -I$BINARY/include"
+compile="$compiler $work/program.c"
+
+$compiler "$work/owner.c" "$BINARY/lib/libtovan.a" -o "$work/owner" || exit 1
+[ "$("$work/owner")" = '1 one two' ] || exit 1
+$compiler "$work/owner.c" -L"$BINARY/lib" -ltovan \
+    -Wl,-rpath,"$BINARY/lib" -o "$work/owner" || exit 1
+[ "$("$work/owner")" = '1 one two' ] || exit 1
 
 $compile "$BINARY/lib/libtovan.a" -o "$work/static" || exit 1
 [ "$("$work/static" | head -n 1)" = "$expected" ] || exit 1

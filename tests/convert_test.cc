@@ -197,6 +197,13 @@ TEST(ltor64, rows) {
     EXPECT_STREQ(ltor64(0xffffffffu), "3/////");
 }
 
+TEST(ltor64, the_next_call_overwrites) {
+    const char *first = ltor64(1);
+    EXPECT_STREQ(first, "1");
+    ltor64(2);
+    EXPECT_STREQ(first, "2");
+}
+
 TEST(ltor64, every_digit_of_the_alphabet_in_order) {
     const std::string alphabet =
         "0123456789abcdefghijklmnopqrstuvwxyz"

@@ -44,6 +44,25 @@ TEST(eprintf, adds_nothing) {
     EXPECT_EQ(result, 0);
 }
 
+// A stream that buffers has something to flush, and fails then.
+TEST(error, gives_what_the_flush_gives) {
+    support::outcome end = support::in_child([] {
+        static char buffer[BUFSIZ];
+        setvbuf(stderr, buffer, _IOFBF, sizeof buffer);
+        close(2);
+        int results[] = {error("x"), tovan_error("x"), eprintf("x")};
+        for (int result : results)
+            printf("%d\n", result == EOF && errno == EBADF);
+    });
+    EXPECT_EQ(end.out, "1\n1\n1\n");
+    EXPECT_EQ(end.exit_status, 0);
+}
+
+TEST(errmsg, one_text_is_shipped) {
+    EXPECT_EQ(app_nerr, 1);
+    EXPECT_STREQ(app_errlist[0], "usually suppressed");
+}
+
 TEST(errmsg, errmsg_rows) {
     const struct {
         int number;

@@ -1,5 +1,6 @@
 // nalloc_test.cc: regions of the fixed arena.
 #include <gtest/gtest.h>
+#include <malloc.h>
 #include <string.h>
 #include <tovan/chkalloc.h>
 #include <map>
@@ -46,6 +47,18 @@ TEST_F(arena, sizes_are_rounded_up_to_fours) {
     EXPECT_EQ(nalloc(8), start + 16);
     EXPECT_EQ(nalloc(1), start + 24);
 }
+
+// Where the sanitizers keep the heap, nothing is known of it.
+#ifndef __SANITIZE_ADDRESS__
+TEST_F(arena, needs_no_heap) {
+    size_t before = mallinfo2().uordblks;
+    void *region = nalloc(100);
+    void *moved = nrealloc(region, 10);
+    EXPECT_EQ(nalloc(5000), nullptr);
+    EXPECT_EQ(nfree(moved), 0);
+    EXPECT_EQ(mallinfo2().uordblks, before);
+}
+#endif
 
 TEST_F(arena, all_of_it_can_be_taken_at_once) {
     EXPECT_EQ(nalloc(4096), start);

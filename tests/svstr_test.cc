@@ -2,8 +2,10 @@
 #include <gtest/gtest.h>
 #include <string.h>
 #include <tovan/strutil.h>
+#include <algorithm>
 #include <map>
 #include <random>
+#include <vector>
 
 namespace {
 
@@ -86,6 +88,21 @@ TEST(svstr, a_removed_node_is_the_next_to_be_used) {
     svstr(&head, "a", nullptr);
     svstr(&head, "b", "2");
     EXPECT_EQ(head.next, node);
+    remove_all(&head);
+}
+
+TEST(svstr, takes_20_nodes_at_once) {
+    svnode head{};
+    std::vector<svnode *> nodes;
+    for (int i = 0; i < 20; i++) {
+        svstr(&head, std::to_string(i).c_str(), "x");
+        nodes.push_back(head.next);
+    }
+    std::sort(nodes.begin(), nodes.end());
+    for (size_t i = 0; i < nodes.size(); i++)
+        EXPECT_EQ(nodes[i], nodes[0] + i);
+    svstr(&head, "20", "x");
+    EXPECT_TRUE(head.next < nodes[0] || head.next > nodes[19]);
     remove_all(&head);
 }
 

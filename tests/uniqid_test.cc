@@ -117,6 +117,7 @@ TEST(uniqid, real_ones_have_14_characters) {
     std::string first = uniqid(), second = uniqid();
     EXPECT_EQ(first.size(), 14u);
     EXPECT_NE(first, second);
+    EXPECT_EQ(uniqid(), uniqid()) << "one buffer";
 }
 
 TEST(stuffnum, writes_width_digits_and_nothing_else) {
