@@ -50,16 +50,15 @@ bool is_named(const char *word, const char *name) {
            (word[length] == '\0' || word[length] == '=');
 }
 
-int long_letter(tools::options *flags, const char *word, const char *letters,
+int long_letter(tools::options *flags, const char *word,
                 const tools::long_flag *names) {
     if (strcmp(word, "--help") == 0) explain();
     if (strcmp(word, "--version") == 0) show_version();
     for (; names != nullptr && names->name != nullptr; names++) {
         if (!is_named(word, names->name)) continue;
-        const char *known = known_letter(names->letter, letters);
-        bool takes_value = known != nullptr && known[1] == ':';
-        if (takes_value) flags->value = take_long_value(flags, word);
-        if (takes_value || strchr(word, '=') == nullptr) return names->letter;
+        if (!names->takes_value && strchr(word, '=') != nullptr) break;
+        if (names->takes_value) flags->value = take_long_value(flags, word);
+        return names->letter;
     }
     usage("%s: invalid flag", word);
 }
@@ -83,7 +82,7 @@ int any_flag(tools::options *flags, const char *letters,
     if (word == nullptr || word[0] != '-' || word[1] == '\0') return 0;
     flags->next++;
     if (strcmp(word, "--") == 0) return 0;
-    if (word[1] == '-') return long_letter(flags, word, letters, names);
+    if (word[1] == '-') return long_letter(flags, word, names);
     flags->rest = word + 1;
     return short_letter(flags, letters);
 }

@@ -16,6 +16,7 @@ namespace tools {
 struct long_flag {
     const char *name;  // with its "--"
     char letter;
+    bool takes_value = false;  // behind a "=", or in the argument after
 };
 
 struct options {
@@ -28,8 +29,7 @@ options options_of(char **arguments);
 
 // The letter of the next flag, or 0 behind the last. A letter with a colon
 // behind it in `letters` takes a value, joined to it or in the argument after;
-// with two colons only what is joined to it, which may be nothing. A long name
-// for such a letter takes its value behind a "=", or in the argument after.
+// with two colons only what is joined to it, which may be nothing.
 int next_flag(options *flags, const char *letters, const long_flag *names);
 
 }  // namespace tools

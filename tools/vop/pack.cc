@@ -22,12 +22,8 @@
 
 namespace {
 
-// Letters of flags that have long names only: no key types them.
-#define OWNER_LETTER "\1"
-constexpr char owner_flag = OWNER_LETTER[0];
-constexpr char now_flag = '\2';
 constexpr tools::long_flag long_flags[] = {
-    {"--owner", owner_flag}, {"--now", now_flag}, {nullptr, 0}};
+    {"--owner", 'o', true}, {"--now", 't'}, {nullptr, 0}};
 
 constexpr int incomplete = 1;  // statuses
 constexpr int not_written = 255;
@@ -86,14 +82,13 @@ void change_folder(const char *folder) {
 
 char **take_flags(char **arguments) {
     tools::options flags = tools::options_of(arguments);
-    while (int flag =
-               tools::next_flag(&flags, "C:nv0" OWNER_LETTER ":", long_flags)) {
+    while (int flag = tools::next_flag(&flags, "C:nv0", long_flags)) {
         if (flag == 'C') change_folder(flags.value);
         if (flag == 'n') current.goes_down = false;
         if (flag == 'v') current.is_verbose = true;
         if (flag == '0') current.separator = '\0';
-        if (flag == owner_flag) set_owner(flags.value);
-        if (flag == now_flag) current.wishes.is_now = true;
+        if (flag == 'o') set_owner(flags.value);
+        if (flag == 't') current.wishes.is_now = true;
     }
     return flags.next;
 }
