@@ -80,6 +80,27 @@ while read -r cc cxx; do
     done
 done <"$work/compilers"
 
+# As the README says it, for the tool that it shows.
+mkdir "$work/readme"
+readme=$SOURCE/README.md
+sed -n '/^```c$/,/^```$/p' "$readme" | grep -v '^```' >"$work/readme/tool.c"
+(
+    cd "$work/readme" || exit 1
+    eval "$(sed -n 's/^    \(cc tool.c .*pkg-config.*\)/\1/p' "$readme")" || exit 1
+    LD_LIBRARY_PATH=$lib ./tool 2>&1
+) >"$work/said"
+same 'tool: usage: tool TEXT...' "$(cat "$work/said")" "the tool by pkg-config"
+{
+    printf 'cmake_minimum_required(VERSION 3.20)\nproject(tool C)\n'
+    sed -n 's/^    \(find_package(.*\) # and \(target_.*\)/\1\nadd_executable(tool tool.c)\n\2/p' "$readme"
+} >"$work/readme/CMakeLists.txt"
+cmake -G Ninja -S "$work/readme" -B "$work/readme/build" \
+    -DCMAKE_PREFIX_PATH="$work/usr" >"$work/log" 2>&1 &&
+    cmake --build "$work/readme/build" >>"$work/log" 2>&1 ||
+    { cat "$work/log"; bad "the tool does not build by find_package"; }
+same 'tool: usage: tool TEXT...' "$("$work/readme/build/tool" 2>&1)" \
+    "the tool by find_package"
+
 # By find_package, where the installation was moved to: projects in C, in C++
 # and in both.
 mv "$work/usr" "$work/moved"
