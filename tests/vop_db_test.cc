@@ -593,7 +593,11 @@ TEST(vop_db, holes_cost_nothing) {
 TEST(vop_db, other_files_than_regular_ones_are_refused) {
     ASSERT_EQ(mkfifo("f.dir", 0600), 0);
     ASSERT_EQ(mkdir("d.dir", 0700), 0);
+    write_file("l.dir", "\1");
+    write_file("l.pag", "");
+    ASSERT_EQ(mkfifo("l.data", 0600), 0);
     check({{{"check", "f"}, "", "", "vop: f.dir: not a regular file\n", 255},
+           {{"check", "l"}, "", "", "vop: l.data: not a regular file\n", 255},
            {{"stat", "d"}, "", "", "vop: d.dir: not a regular file\n", 255}});
 }
 

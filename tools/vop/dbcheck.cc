@@ -7,15 +7,13 @@
 #include "shared/manners.h"
 #include "shared/options.h"
 
-#include <fcntl.h>
 #include <stdarg.h>
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
-#include <sys/stat.h>
 #include <tovan/chkalloc.h>
 #include <tovan/ddbm.h>
-#include <tovan/errexit.h>
+#include <tovan/private_keyed.h>
 #include <tovan/usage.h>
 #include <unistd.h>
 
@@ -230,14 +228,8 @@ void check_page(inspection *run) {
 
 void open_data_file(inspection *run) {
     if (run->any_bytes || !vop::is_line_index(run->name)) return;
-    dy path;
-    dynew(&path, 0);
-    run->data_path = dyfmt(&path, "@s.data", run->name);
-    run->data =
-        errcheck(open(run->data_path, O_RDONLY | O_CLOEXEC), run->data_path);
-    struct stat status;
-    errcheck(fstat(run->data, &status), run->data_path);
-    run->data_size = status.st_size;
+    run->data_path = tovan::suffixed(run->name, ".data");
+    run->data = vop::open_part(run->data_path, &run->data_size);
 }
 
 void close_all(inspection *run) {

@@ -12,6 +12,7 @@
 #include <tovan/ddbm.h>
 #include <tovan/errexit.h>
 #include <tovan/ldbminit.h>
+#include <tovan/private_keyed.h>
 
 using vop::page_files;
 using vop::page_pair;
@@ -149,11 +150,10 @@ void show_fill(const totals *sum, size_t page_size) {
 }
 
 void show_data_file(const char *name, long long value_bytes) {
-    dy path;
-    dynew(&path, 0);
+    char *path = tovan::suffixed(name, ".data");
     struct stat status;
-    errcheck(stat(dyfmt(&path, "@s.data", name), &status), path.buffer);
-    free(path.buffer);
+    errcheck(stat(path, &status), path);
+    free(path);
     show("lines", value_bytes / 4);
     show("data bytes", status.st_size);
 }

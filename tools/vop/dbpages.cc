@@ -9,6 +9,7 @@
 #include <tovan/chkalloc.h>
 #include <tovan/errexit.h>
 #include <tovan/private_io.h>
+#include <tovan/private_keyed.h>
 #include <unistd.h>
 
 using vop::page_files;
@@ -17,22 +18,6 @@ namespace {
 
 constexpr size_t page_unit = 1024;  // what the directory's first byte counts
 constexpr size_t offset_size = 2;
-
-int open_part(const char *path, off_t *size) {
-    int descriptor =
-        errcheck(open(path, O_RDONLY | O_CLOEXEC | O_NONBLOCK), path);
-    struct stat status;
-    errcheck(fstat(descriptor, &status), path);
-    if (!S_ISREG(status.st_mode)) errexit("%s: not a regular file", path);
-    *size = status.st_size;
-    return descriptor;
-}
-
-char *path_of(const char *name, const char *suffix) {
-    dy path;
-    dynew(&path, 0);
-    return dyfmt(&path, "@s@s", name, suffix);
-}
 
 size_t number_at(const unsigned char *bytes) {
     return static_cast<size_t>(bytes[0]) << 8 | bytes[1];
@@ -53,6 +38,17 @@ int as_int(size_t number) {
 
 }  // namespace
 
+// Never waits for the other end of a pipe.
+int vop::open_part(const char *path, off_t *size) {
+    int descriptor =
+        errcheck(open(path, O_RDONLY | O_CLOEXEC | O_NONBLOCK), path);
+    struct stat status;
+    errcheck(fstat(descriptor, &status), path);
+    if (!S_ISREG(status.st_mode)) errexit("%s: not a regular file", path);
+    *size = status.st_size;
+    return descriptor;
+}
+
 size_t vop::read_range(int descriptor, const char *path, off_t at,
                        unsigned char *bytes, size_t size) {
     ssize_t got = tovan::read_at(descriptor, bytes, size, at);
@@ -71,8 +67,8 @@ off_t vop::next_data(int descriptor, off_t at, off_t size) {
 
 page_files vop::open_pages(const char *name) {
     page_files files{};
-    files.dir_path = path_of(name, ".dir");
-    files.pag_path = path_of(name, ".pag");
+    files.dir_path = tovan::suffixed(name, ".dir");
+    files.pag_path = tovan::suffixed(name, ".pag");
     files.dir = open_part(files.dir_path, &files.dir_size);
     files.pag = open_part(files.pag_path, &files.pag_size);
     unsigned char page_kb;

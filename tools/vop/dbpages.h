@@ -47,6 +47,11 @@ bool is_valid_page(const page_files *files, dy *flaw);
 size_t pair_count(const page_files *files);
 page_pair pair_at(const page_files *files, size_t number);
 
+// Opens one file for reading.
+//   size      where its size goes
+//   fails     ends the program: "FILE: reason"
+int open_part(const char *path, off_t *size);
+
 // Reads what a part holds of a range; the rest becomes zeros.
 //   result    how many bytes it held
 //   fails     ends the program: "FILE: reason"

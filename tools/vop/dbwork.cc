@@ -14,14 +14,13 @@
 #include <tovan/getdylin.h>
 #include <tovan/kdbminit.h>
 #include <tovan/ldbminit.h>
+#include <tovan/private_keyed.h>
 #include <tovan/usage.h>
 #include <unistd.h>
 
 namespace {
 
-constexpr int anew = 1;  // modes of kdbminit() and ldbminit()
-constexpr int update = 2;
-constexpr int reading = 3;
+constexpr int reading = 3;  // a mode of kdbminit() and ldbminit()
 
 // Either kind; the handle of the other is null.
 struct database {
@@ -31,10 +30,9 @@ struct database {
 };
 
 bool file_exists(const char *name, const char *suffix) {
-    dy path{};
-    dyreuse(&path, 64);
-    bool exists = access(dyfmt(&path, "@s@s", name, suffix), F_OK) == 0;
-    free(path.buffer);
+    char *path = tovan::suffixed(name, suffix);
+    bool exists = access(path, F_OK) == 0;
+    free(path);
     return exists;
 }
 
@@ -161,12 +159,10 @@ void refuse_existing(const char *name) {
 }
 
 void remove_data_file(const char *name) {
-    dy path{};
-    dyreuse(&path, 64);
-    dyfmt(&path, "@s.data", name);
-    if (unlink(path.buffer) == -1 && errno != ENOENT)
-        errexit("%s: %s", path.buffer, syserr());
-    free(path.buffer);
+    char *path = tovan::suffixed(name, ".data");
+    if (unlink(path) == -1 && errno != ENOENT)
+        errexit("%s: %s", path, syserr());
+    free(path);
 }
 
 }  // namespace
@@ -186,7 +182,7 @@ int vop::create_database(char **arguments) {
     const char *name = the_name(flags.next);
     if (!replaces) refuse_existing(name);
     if (!is_index) remove_data_file(name);
-    database opened = open_kind(name, anew, is_index);
+    database opened = open_kind(name, tovan::anew_mode, is_index);
     close_any(&opened);
     return 0;
 }
@@ -199,7 +195,7 @@ int vop::add_entries(char **arguments) {
     char **words = flags.next;
     if (*words == nullptr) usage("add: no name given");
     if (words[1] != nullptr && words[2] == nullptr) usage("add: no text given");
-    database opened = open_existing(*words++, update);
+    database opened = open_existing(*words++, tovan::update_mode);
     bool is_index = opened.lines.handle != nullptr;
     if (is_index && separator != '\0')
         usage("add: -s goes with texts, and %s is a line index", opened.name);
@@ -236,6 +232,6 @@ int vop::get_lines(char **arguments) {
 
 int vop::delete_entries(char **arguments) {
     char **words = plain_arguments(arguments, 2);
-    database opened = open_existing(*words, update);
+    database opened = open_existing(*words, tovan::update_mode);
     return for_keys(&opened, words + 1, remove_entry);
 }
