@@ -15,7 +15,8 @@
 // never read out of bounds, and a file that somebody cuts short is one with
 // empty pages. Only the end of ten splits in a row prints something.
 // Failure model: whenever the process dies, kill -9 included, no pair whose
-// store returned 0 is missing or damaged, as long as pages have up to 4 KB.
+// store returned 0 is missing or damaged, as long as pages have 1, 2 or 4 KB:
+// others do not lie in one page of the system, and may be written in part.
 // After a crash of the system nothing is promised: nothing is synchronised.
 #ifndef TOVAN_DDBM_H
 #define TOVAN_DDBM_H
