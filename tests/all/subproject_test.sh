@@ -1,5 +1,5 @@
 # subproject_test.sh: libtovan as a part of other projects, in C, in C++ and in
-# both, with every compiler.
+# both, with every compiler, and whatever those have set for themselves.
 . "$SOURCE/tests/shipping/support.sh"
 here=$SOURCE/tests/shipping/consumer
 project=$work/build
@@ -8,7 +8,10 @@ while read -r cc cxx; do
     for languages in C CXX 'C;CXX'; do
         rm -rf "$project"
         CC=$cc CXX=$cxx cmake -G Ninja -S "$here" -B "$project" \
-            -DLANGUAGES="$languages" -DTREE="$SOURCE" >"$work/log" 2>&1 &&
+            -DLANGUAGES="$languages" -DTREE="$SOURCE" \
+            -DCMAKE_CXX_VISIBILITY_PRESET=hidden -DCMAKE_UNITY_BUILD=ON \
+            -DCMAKE_POSITION_INDEPENDENT_CODE=OFF -DBUILD_SHARED_LIBS=ON \
+            >"$work/log" 2>&1 &&
             cmake --build "$project" >>"$work/log" 2>&1 ||
             { tail -n 40 "$work/log"; bad "$cc, $languages: does not build"; continue; }
         for program in "$project"/program_*; do
