@@ -263,6 +263,13 @@ TEST(vop_db, a_database_that_is_there_is_replaced_on_demand) {
         {{"get", "k", "a"}, "", "", "vop: k: a: not found\n", 1},
     });
     EXPECT_FALSE(support::file_exists("k.data"));
+    ASSERT_EQ(mkdir("folder.data", 0700), 0);
+    check({{{"create", "-f", "folder"},
+            "",
+            "",
+            "vop: folder.data: Is a directory\n",
+            255}});
+    EXPECT_FALSE(support::file_exists("folder.dir"));
     write_file("stray.data", "");
     check({{{"create", "stray"},
             "",
