@@ -88,11 +88,17 @@ bool set(environment *made, const char *name, const char *value) {
     return true;
 }
 
-// The array of strings is the process's from now on, as those of setenv()
-// are; a later one takes its place, and nobody knows who still looks at it.
+// The array of the last environment that was made here, in use or not. Filled
+// by each load that exports many variables, and released by the next.
+constinit char **made_before = nullptr;
+
+// Makes it the environment. As with setenv(), whoever still looks at the array
+// of an earlier load must not.
 void end(environment *made) {
     made->strings[made->count] = nullptr;
     environ = made->strings;
+    free(made_before);
+    made_before = made->strings;
     free_hash_table(&made->names);
     free(made->text.buffer);
 }
