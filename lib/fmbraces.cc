@@ -50,12 +50,6 @@ namespace {
 
 constexpr size_t patience = 500;  // steps before failures are remembered
 
-// A report that shows a longer pattern counts as several; in a match that is
-// long itself, so do these many steps.
-constexpr size_t usual_pattern = 1024;
-constexpr size_t long_match = 1 << 24;
-constexpr size_t steps_for_report = 1 << 17;
-
 }  // namespace
 
 // The close of the innermost brace, or of one further out; null: none is open.
@@ -69,33 +63,6 @@ text_pointer brace_matcher::close_below(int levels) {
 
 void brace_matcher::trace(const char *sign) {
     show_step(sign, mark, level, open.depth, pattern, subject, close_below(0));
-}
-
-bool brace_matcher::may_report() {
-    size_t waiting = steps < long_match ? 0 : steps / steps_for_report;
-    return weight + waiting <= most_brace_reports;
-}
-
-// Counts a report; false when it is one too many to be shown.
-bool brace_matcher::shows_report() {
-    ++reports;
-    weight += 1 + strlen(as_string(whole)) / usual_pattern;
-    return may_report();
-}
-
-// Ends the step.
-passed brace_matcher::leave_choice(step_mark why, text_pointer p,
-                                   text_pointer f, text_pointer limit) {
-    choice *left = choices.added();
-    left->mark = why;
-    left->level = level;
-    left->pattern = p;
-    left->subject = f;
-    left->start = subject;
-    left->limit = limit;
-    left->reports = reports;
-    left->open.copy(open);
-    return stop;
 }
 
 // The alternative at `p`, or the first one behind it, that does not fail over
@@ -244,6 +211,7 @@ bool brace_matcher::try_place(choice *newest) {
 
 // All tries of a choice have failed.
 void brace_matcher::remember(const choice &spent) {
+    if (memory.capacity == 0) most_remembered = places();
     if (spent.reports == reports && spent.mark != by_alternative) {
         size_t at = offset(spent.start);
         if (spent.mark == end_of_brace) {
@@ -252,8 +220,7 @@ void brace_matcher::remember(const choice &spent) {
             memory.add_star(spent.pattern, spent.open, at);
         }
     }
-    if (most_remembered == 0) most_remembered = places();
-    gives_up = !may_report() || memory.used > most_remembered;
+    gives_up |= memory.used > most_remembered;
 }
 
 // What there is to remember when each place of the pattern is reached with
@@ -297,13 +264,17 @@ bool brace_matcher::next_try() {
 
 bool tovan::match_braces(text_pointer whole, text_pointer p, text_pointer f,
                          text_pointer again_p, text_pointer again_f) {
-    brace_matcher matcher(whole, p, f, again_p != nullptr ? again_f : f, false);
-    if (again_p != nullptr) {
+    if (again_p == nullptr) {
+        brace_matcher matcher(whole, p, f, f, false);
+        bool matches = matcher.run();
+        if (!matcher.gives_up) return matches;
+    } else {
+        brace_matcher matcher(whole, p, f, again_f, false);
         matcher.leave_choice(mark_of_star(*again_p, false), again_p, again_f,
                              no_limit);
+        bool matches = matcher.run();
+        if (!matcher.gives_up) return matches;
     }
-    bool matches = matcher.run();
-    if (!matcher.gives_up) return matches;
     return match_in_graph(whole, p, f, again_p, again_f);
 }
 

@@ -39,6 +39,12 @@ struct chain_link {
     size_t next;
 };
 
+// What the pattern says of a brace.
+struct brace {
+    text_pointer close;
+    size_t alternatives;  // chain: places of the pattern
+};
+
 struct brace_node {
     text_pointer close;
     int depth;       // braces around it
@@ -65,6 +71,7 @@ struct fact {
 constexpr size_t about_ends = SIZE_MAX;
 constexpr size_t about_parents = SIZE_MAX - 1;
 constexpr size_t about_entries = SIZE_MAX - 2;  // of a brace at a depth
+constexpr size_t about_braces = SIZE_MAX - 3;
 constexpr size_t bits = 64;
 constexpr size_t first_capacity = 1024;
 constexpr int first_elements = 64;
@@ -72,8 +79,9 @@ constexpr int first_elements = 64;
 struct brace_graph {
     text_pointer pattern;
     text_pointer subject;
-    dyd nodes;  // of brace_node; the first one stands for the root
-    dyd links;  // of chain_link; the first one is not used
+    dyd nodes;   // of brace_node; the first one stands for the root
+    dyd braces;  // of brace; the first one is not used
+    dyd links;   // of chain_link; the first one is not used
     dyd ways;
     fact *facts;
     size_t capacity;  // a power of two, or 0
@@ -82,6 +90,9 @@ struct brace_graph {
 
     brace_node *node_at(size_t i) {
         return static_cast<brace_node *>(nodes.data) + i;
+    }
+    brace brace_at(size_t i) {
+        return static_cast<brace *>(braces.data)[i];
     }
     chain_link *link_at(size_t i) {
         return static_cast<chain_link *>(links.data) + i;
@@ -99,6 +110,7 @@ struct brace_graph {
     bool run();
     bool walk(way at);
     void enter(way at);
+    brace brace_of(text_pointer inside);
     void leave(size_t node, text_pointer f);
     void go_on_behind(size_t node, text_pointer f, size_t parent);
     void add_parent(size_t node, size_t parent);
@@ -192,23 +204,38 @@ void brace_graph::leave(size_t node, text_pointer f) {
         go_on_behind(node, f, link_at(i)->value);
 }
 
+// The brace whose "{" is before `inside`, looked through once.
+brace brace_graph::brace_of(text_pointer inside) {
+    size_t *known =
+        value_of(about_braces, static_cast<size_t>(inside - pattern), 0);
+    if (*known == 0) {
+        *known = static_cast<size_t>(braces.count);
+        brace found = {find_in_brace<for_close>(inside, &steps), 0};
+        for (text_pointer p = inside; p != nullptr;
+             p = find_in_brace<for_comma>(p, &steps))
+            put_before(&found.alternatives, static_cast<size_t>(p - pattern));
+        dydadd(&braces, &found);
+    }
+    return brace_at(*known);
+}
+
 // At "{": all alternatives, unless another way entered the brace here.
 void brace_graph::enter(way at) {
     int depth = at.node == root ? 0 : node_at(at.node)->depth + 1;
     if (depth == deepest) return;
     text_pointer inside = at.pattern + 1;
-    size_t brace = static_cast<size_t>(inside - pattern) * deepest +
-                   static_cast<size_t>(depth);
-    size_t *known = value_of(about_entries, brace, offset(at.subject));
+    brace entered = brace_of(inside);
+    size_t brace_and_depth = static_cast<size_t>(inside - pattern) * deepest +
+                             static_cast<size_t>(depth);
+    size_t *known =
+        value_of(about_entries, brace_and_depth, offset(at.subject));
     size_t node = *known;
     if (node == 0) {
         node = *known = static_cast<size_t>(nodes.count);
-        brace_node added = {find_in_brace<for_close>(inside, &steps), depth, 0,
-                            0};
+        brace_node added = {entered.close, depth, 0, 0};
         dydadd(&nodes, &added);
-        for (text_pointer p = inside; p != nullptr;
-             p = find_in_brace<for_comma>(p, &steps))
-            add_way({p, at.subject, node});
+        for (size_t i = entered.alternatives; i != 0; i = link_at(i)->next)
+            add_way({pattern + link_at(i)->value, at.subject, node});
     }
     add_parent(node, at.node);
 }
@@ -275,15 +302,18 @@ bool tovan::match_in_graph(text_pointer whole, text_pointer p, text_pointer f,
     graph.pattern = whole;
     graph.subject = again_p != nullptr ? again_f : f;
     dydnew(&graph.nodes, first_elements, sizeof(brace_node));
+    dydnew(&graph.braces, first_elements, sizeof(brace));
     dydnew(&graph.links, first_elements, sizeof(chain_link));
     dydnew(&graph.ways, first_elements, sizeof(way));
     graph.nodes.count = 1;
+    graph.braces.count = 1;
     graph.links.count = 1;
     if (again_p != nullptr) graph.add_way({again_p - 1, again_f, root});
     graph.add_way({p, f, root});
     bool matches = graph.run();
     brace_steps += graph.steps;
     free(graph.nodes.data);
+    free(graph.braces.data);
     free(graph.links.data);
     free(graph.ways.data);
     free(graph.facts);

@@ -1,12 +1,14 @@
 // private_fmbraces.h (private): the state of a match with braces.
-// Builds on: private_fmchoice.h, private_fmmemory.h.
+// Builds on: private_fmchoice.h, private_fmmemory.h, private_fmreport.h.
 #ifndef TOVAN_PRIVATE_FMBRACES_H
 #define TOVAN_PRIVATE_FMBRACES_H
 
 #include "private_fmchoice.h"
 #include "private_fmmemory.h"
+#include "private_fmreport.h"
 
 #include <stddef.h>
+#include <string.h>
 
 namespace [[gnu::visibility("hidden")]] tovan {
 
@@ -20,6 +22,12 @@ inline place match_literals(text_pointer p, text_pointer f, size_t *steps) {
     }
     return {p, f};
 }
+
+// A report that shows a longer pattern counts as several; in a match that is
+// long itself, so do these many steps.
+constexpr size_t usual_pattern = 1024;
+constexpr size_t long_match = 1 << 24;
+constexpr size_t steps_for_report = 1 << 17;
 
 enum passed { go_on, stop, success };
 
@@ -43,13 +51,12 @@ struct brace_matcher {
 
     choice_stack choices;
 
-    size_t reports = 0;
-    size_t weight = 0;  // of the reports
+    size_t reports = 0;  // a longer pattern's count as several
     size_t steps = 0;
     bool remembering = false;
-    failure_memory memory = {};
-    size_t most_remembered = 0;  // 0: not known yet
     bool gives_up = false;
+    failure_memory memory = {};
+    size_t most_remembered;  // set with the first
 
     bool run();
     bool walk();
@@ -60,18 +67,40 @@ struct brace_matcher {
     passed leave_brace();
     passed meet_star();
     passed finish_plainly();
-    passed leave_choice(step_mark why, text_pointer p, text_pointer f,
-                        text_pointer limit);
     bool next_try();
     bool try_alternative(choice *newest);
     bool try_place(choice *newest);
     void remember(const choice &spent);
     text_pointer close_below(int levels);
     size_t places();
-    bool may_report();
-    bool shows_report();
     void trace(const char *sign);
 
+    bool may_report() {
+        size_t waiting = steps < long_match ? 0 : steps / steps_for_report;
+        return reports + waiting <= most_brace_reports;
+    }
+    // Counts a report; false, and the end, when it is one too many.
+    bool shows_report() {
+        reports += 1 + strlen(as_string(whole)) / usual_pattern;
+        if (may_report()) return true;
+        gives_up = true;
+        choices.count = 0;
+        return false;
+    }
+    // Ends the step.
+    passed leave_choice(step_mark why, text_pointer p, text_pointer f,
+                        text_pointer limit) {
+        choice *left = choices.added();
+        left->mark = why;
+        left->level = level;
+        left->pattern = p;
+        left->subject = f;
+        left->start = subject;
+        left->limit = limit;
+        left->reports = reports;
+        left->open.copy(open);
+        return stop;
+    }
     size_t offset(text_pointer position) {
         return static_cast<size_t>(position - origin);
     }

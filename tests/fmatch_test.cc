@@ -488,7 +488,7 @@ TEST(fmatch_reports, come_once_for_each_way_up_to_ten_thousand) {
 }
 
 TEST(fmatch_reports, of_long_patterns_are_fewer) {
-    for (size_t n : {2000u, 50000u}) {
+    for (size_t n : {2000u, 20000u}) {
         std::string pattern = std::string("*") + too_deep + std::string(n, 'x');
         size_t most = 10000 / (1 + pattern.size() / 1024);
         size_t reports = reports_of(pattern, std::string(20000, 'a'));
