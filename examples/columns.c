@@ -9,7 +9,7 @@ int main(int argc, char **argv) {
 
     (void)argc;
     progname = leafnm(argv[0]);
-    dypnew(&words, 0);
+    dypreuse(&words);
     while (getdyword(stdin, &word, 1) != NULL)
         dypadd(&words, dycache(word.buffer, word.length));
     free(word.buffer);
