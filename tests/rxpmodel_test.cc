@@ -50,7 +50,7 @@ std::vector<std::string> all_texts(const std::vector<std::string> &symbols,
 
 // Under the sanitizers one pattern in so many.
 #if defined(__SANITIZE_ADDRESS__)
-constexpr size_t stride = 17;
+constexpr size_t stride = 4;
 #else
 constexpr size_t stride = 1;
 #endif
@@ -177,7 +177,7 @@ void expect_agreement_on_random(bool with_references, int pairs,
 // What the sanitizers watch takes ten times as long, and the results are
 // compared without them.
 #if defined(__SANITIZE_ADDRESS__)
-constexpr int pairs = 1000;
+constexpr int pairs = 5000;
 #else
 constexpr int pairs = 15000;
 #endif
