@@ -18,6 +18,7 @@
 #include <stdlib.h>
 #include <string.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <tovan/tovan.h>
 #include <unistd.h>
 #include <functional>
@@ -350,6 +351,10 @@ TEST(sweep_fault, waiting_among_children) {
         simulate_waitpid();
         pid_t first = fork();
         if (first == 0) _exit(1);
+        // It is dead, and the first to be found, when the other one starts.
+        siginfo_t ended;
+        if (first > 0)
+            waitid(P_PID, static_cast<id_t>(first), &ended, WEXITED | WNOWAIT);
         pid_t second = first > 0 ? fork() : -1;
         if (second == 0) _exit(2);
         int status = 0;

@@ -3,6 +3,7 @@
 // text goes to a terminal.
 #include "support/child.h"
 #include "support/heap_image.h"
+#include "support/terminal.h"
 #include "support/tree.h"
 
 #include <fcntl.h>
@@ -187,12 +188,9 @@ TEST(vop_manners, help_explains_unknown_names_as_misuse) {
 
 // What a command writes to a terminal, newlines as they were written.
 std::string on_terminal(const std::vector<std::string> &words) {
-    int terminal = posix_openpt(O_RDWR | O_NOCTTY);
-    EXPECT_EQ(grantpt(terminal), 0);
-    EXPECT_EQ(unlockpt(terminal), 0);
-    std::string name = ptsname(terminal);
+    support::terminal screen;
     support::in_child([&] {
-        int output = open(name.c_str(), O_RDWR | O_NOCTTY);
+        int output = screen.open_end();
         dup2(output, STDOUT_FILENO);
         dup2(output, STDERR_FILENO);
         std::vector<char *> vector;
@@ -204,9 +202,8 @@ std::string on_terminal(const std::vector<std::string> &words) {
     });
     std::string text;
     char bytes[4096];
-    for (ssize_t n; (n = read(terminal, bytes, sizeof bytes)) > 0;)
+    for (ssize_t n; (n = read(screen.master, bytes, sizeof bytes)) > 0;)
         text.append(bytes, static_cast<size_t>(n));
-    close(terminal);
     std::string lines;
     for (char c : text)
         if (c != '\r') lines += c;
@@ -214,6 +211,7 @@ std::string on_terminal(const std::vector<std::string> &words) {
 }
 
 TEST(vop_manners, a_terminal_gets_the_same_plain_text) {
+    SKIP_WITHOUT_TERMINALS();
     prepare();
     setenv("TERM", "xterm-256color", 1);
     unsetenv("NO_COLOR");

@@ -1,6 +1,7 @@
 // vop_pack_test.cc: archives on the command line.
 #include "support/archive_model.h"
 #include "support/child.h"
+#include "support/terminal.h"
 #include "support/tree.h"
 
 #include <fcntl.h>
@@ -317,27 +318,11 @@ TEST(vop_pack, misuse_is_explained) {
                    "--owner: no user 4294967296\n" + tar_usage);
 }
 
-// A terminal of its own for a child.
-struct terminal {
-    int master;
-    std::string path;
-    terminal() : master(posix_openpt(O_RDWR | O_NOCTTY)) {
-        EXPECT_EQ(grantpt(master), 0);
-        EXPECT_EQ(unlockpt(master), 0);
-        path = ptsname(master);
-    }
-    ~terminal() {
-        close(master);
-    }
-    int open_end() const {
-        return open(path.c_str(), O_RDWR | O_NOCTTY);
-    }
-};
-
 TEST(vop_pack, archives_do_not_go_to_a_terminal) {
+    SKIP_WITHOUT_TERMINALS();
     support::write_file("file", "x");
     for (const char *format : {"tar", "cpio"}) {
-        terminal screen;
+        support::terminal screen;
         support::outcome end = support::in_child([&] {
             dup2(screen.open_end(), 1);
             execl(program.c_str(), "vop", format, "file", nullptr);
@@ -350,7 +335,8 @@ TEST(vop_pack, archives_do_not_go_to_a_terminal) {
 }
 
 TEST(vop_pack, nothing_waits_for_paths_from_a_terminal) {
-    terminal screen;
+    SKIP_WITHOUT_TERMINALS();
+    support::terminal screen;
     support::outcome end = support::in_child([&] {
         dup2(screen.open_end(), 0);
         execl(program.c_str(), "vop", "tar", nullptr);
@@ -365,7 +351,7 @@ TEST(vop_pack, nothing_waits_for_paths_from_a_terminal) {
 std::string shown_until(const std::string &wanted, const std::string &input,
                         const char *kind, const char *no_color = "",
                         useconds_t patience = 0) {
-    terminal screen;
+    support::terminal screen;
     int end = screen.open_end();
     int paths[2];
     EXPECT_EQ(pipe(paths), 0);
@@ -405,6 +391,7 @@ std::string shown_until(const std::string &wanted, const std::string &input,
 }
 
 TEST(vop_pack, long_work_shows_its_progress_on_a_terminal) {
+    SKIP_WITHOUT_TERMINALS();
     support::write_file("file", std::string(2 << 20, 'x'));
     const std::string line = "\r\033[K2 entries, 4 MB: file\r";
     std::string shown = shown_until(line, "file\nfile\n", "xterm");
@@ -416,6 +403,7 @@ TEST(vop_pack, long_work_shows_its_progress_on_a_terminal) {
 }
 
 TEST(vop_pack, short_work_and_plain_terminals_show_nothing) {
+    SKIP_WITHOUT_TERMINALS();
     support::write_file("file", "x");
     EXPECT_EQ(shown_until("", "file\n", "xterm"), "");
     constexpr useconds_t long_enough = 1600000;  // it would appear after 1 s
