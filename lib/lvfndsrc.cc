@@ -48,14 +48,13 @@ bool has_key(const hash_slot *slot, const char *key) {
     return strcmp(map.records[slot->at - 1].key, key) == 0;
 }
 
-// The record of a key, or null.
-source_record *find_record(const char *key) {
+// The number of a key's record, from 1; 0: there is none.
+uint32_t find_record(const char *key) {
     tovan::hashed_text text = hashed(key);
-    uint32_t at = find_at(
+    return find_at(
         &map.keys, text.tag,
         [key](const hash_slot *slot) { return has_key(slot, key); },
         [&text] { return text; });
-    return at != 0 ? &map.records[at - 1] : nullptr;
 }
 
 // Enters a record with a key of its own.
@@ -82,10 +81,10 @@ void record_source(const char *path, const char *tail) {
     if (map.count == map.capacity) grow_map();
     char *copy = savestr(path);
     source_record record = {copy, copy + (tail - path)};
-    source_record *known = find_record(tail);
-    if (known != nullptr) {
-        free(known->path);
-        *known = record;
+    uint32_t known = find_record(tail);
+    if (known != 0) {
+        free(map.records[known - 1].path);
+        map.records[known - 1] = record;
         return;
     }
     map.records[map.count] = record;
@@ -98,8 +97,8 @@ bool is_readable(const char *path) {
 
 const char *recorded_source(const char *name) {
     if (map.count == 0) return nullptr;
-    const source_record *known = find_record(name);
-    return known != nullptr ? known->path : nullptr;
+    uint32_t known = find_record(name);
+    return known != 0 ? map.records[known - 1].path : nullptr;
 }
 
 // Tries the source directories; the first one, the current directory, was

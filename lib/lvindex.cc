@@ -29,7 +29,6 @@
 
 using tovan::entry_at;
 using tovan::entry_name;
-using tovan::hash_slot;
 using tovan::variable_heap;
 
 namespace {
