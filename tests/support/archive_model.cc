@@ -188,11 +188,6 @@ std::vector<size_t> writes_of(const std::function<void()> &body) {
     return sizes;
 }
 
-bool has_program(const std::string &name) {
-    return access(("/usr/bin/" + name).c_str(), X_OK) == 0 ||
-           access(("/bin/" + name).c_str(), X_OK) == 0;
-}
-
 namespace {
 
 std::string line_of(const std::string &path, const struct stat &status) {

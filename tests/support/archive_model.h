@@ -51,9 +51,6 @@ std::string random_bytes(size_t n, unsigned seed = 1);
 // write(2). All of them together have to fit a socket's buffer.
 std::vector<size_t> writes_of(const std::function<void()> &body);
 
-// Whether a program is installed.
-bool has_program(const std::string &name);
-
 // A line "PATH TYPE CONTENT LINKS" for each entry of a tree, sorted; names of
 // one file have the same LINKS, the first of the names.
 std::vector<std::string> tree_lines(const std::string &root);
